@@ -1,0 +1,6 @@
+package vendor.vyren.hardware.performance;
+@VintfStability
+parcelable ProcReqHal {
+  String path;
+  vendor.vyren.hardware.performance.ProcReqItemHal[] items;
+}

@@ -1,0 +1,7 @@
+package vendor.vyren.hardware.performance;
+@VintfStability
+parcelable ProcReqItemHal {
+  String key;
+  String separator;
+  int flag;
+}

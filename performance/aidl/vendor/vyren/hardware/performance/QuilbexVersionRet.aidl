@@ -1,0 +1,7 @@
+package vendor.vyren.hardware.performance;
+@VintfStability
+parcelable QuilbexVersionRet {
+  int result;
+  int major;
+  int minor;
+}

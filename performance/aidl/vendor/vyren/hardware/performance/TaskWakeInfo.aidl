@@ -1,0 +1,6 @@
+package vendor.vyren.hardware.performance;
+@VintfStability
+parcelable TaskWakeInfo {
+  int status;
+  vendor.vyren.hardware.performance.ThreadInfo[] threads;
+}
