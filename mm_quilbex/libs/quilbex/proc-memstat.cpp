@@ -1,0 +1,1 @@
+#include "quilbex/proc-memstat.h"

@@ -1,0 +1,1 @@
+#include "quilbex/util.h"
