@@ -1,0 +1,149 @@
+// The conventions by which every operation reads and writes kernel nodes.
+
+#define LOG_TAG "PerformanceService"
+
+#include <android-base/unique_fd.h>
+#include <fcntl.h>
+#include <log/log.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "Performance.h"
+
+namespace aidl::vendor::vyren::hardware::performance {
+
+namespace {
+
+// Small nodes are read in one go; longer ones are cut.
+constexpr size_t kSmallNodeBuffer = 1024;
+
+struct FileCloser {
+    void operator()(FILE* f) const { fclose(f); }
+};
+struct FreeDeleter {
+    void operator()(char* p) const { free(p); }
+};
+
+}  // namespace
+
+std::string Performance::nodePath(std::string_view path) const {
+    std::string resolved;
+    resolved.reserve(mNodeRoot.size() + path.size());
+    resolved.append(mNodeRoot).append(path);
+    return resolved;
+}
+
+bool Performance::usesNewNodeTree() const {
+    return mKernelMajor > 5 || (mKernelMajor == 5 && mKernelMinor >= 10);
+}
+
+const char* Performance::choose(const NodePair& node) const {
+    return usesNewNodeTree() ? node.newer : node.older;
+}
+
+int Performance::readInterface(const char* path, int offset, void* buf, int size) {
+    if (offset < 0 || buf == nullptr || size < 1) return -1;
+
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd < 0) {
+        ALOGD("open %s failed! err:%s, Linux version %d.%d.%d", path, strerror(errno), mKernelMajor,
+              mKernelMinor, mKernelPatch);
+        return -1;
+    }
+    off_t position = lseek(fd, offset, SEEK_SET);
+    if (position < 0) {
+        ALOGD("read failed! size:%d", -1);
+        return -1;
+    }
+    char* const bytes = static_cast<char*>(buf);
+    int total = 0;
+    for (;;) {
+        // Once the buffer is full this asks for 0 bytes, which ends the loop.
+        const ssize_t count = read(fd, bytes + total, size - total);
+        if (count < 0) {
+            ALOGD("read no content! size:%d", static_cast<int>(position));
+            return -1;
+        }
+        if (count == 0) break;
+        total += static_cast<int>(count);
+        position += count;
+    }
+    return total;
+}
+
+bool Performance::ReadFileToStringT(const std::string& path, std::string* out) const {
+    out->clear();
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd < 0) {
+        ALOGI("get fd of ReadFileToStringT failed!");
+        return false;
+    }
+    char buffer[kSmallNodeBuffer] = {};
+    // One read only: a longer node is cut at 1023 bytes.
+    (void)read(fd, buffer, sizeof(buffer));
+    buffer[sizeof(buffer) - 1] = '\0';
+    out->append(buffer);
+    return true;
+}
+
+void splitString(const char* str, const char* delim, std::vector<std::string>* out) {
+    std::unique_ptr<char, FreeDeleter> copy(strdup(str));
+    if (copy == nullptr) return;
+    char* state = nullptr;
+    for (char* token = strtok_r(copy.get(), delim, &state); token != nullptr;
+         token = strtok_r(nullptr, delim, &state)) {
+        out->emplace_back(token);
+    }
+}
+
+int Performance::switchWrite(const char* path, bool on, const char* failFormat,
+                             const char* message) {
+    std::unique_ptr<FILE, FileCloser> node(fopen(nodePath(path).c_str(), "we"));
+    if (node == nullptr) {
+        const int err = errno;
+        ALOGE(failFormat, path, err, strerror(err));
+        return -1;
+    }
+    fputc(on ? '1' : '0', node.get());
+    node.reset();
+    ALOGD("%s", message);
+    return 0;
+}
+
+int Performance::valueWrite(const char* path, std::string_view text, WriteCheck check,
+                            const std::string& message) {
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    if (fd < 0) {
+        const int err = errno;
+        ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
+        return -2;
+    }
+    // A write of nothing leaves errno alone; start from 0 so its report is not stale.
+    errno = 0;
+    const ssize_t written = write(fd, text.data(), text.size());
+    const int err = errno;
+    if (check == WriteCheck::kNotPositive ? written <= 0 : written < 0) {
+        ALOGE("Failed to write %s (%d): %s", path, err, strerror(err));
+    }
+    if (!message.empty()) ALOGD("%s", message.c_str());
+    return static_cast<int>(written);
+}
+
+std::string Performance::readNode(const char* path, size_t size) {
+    std::vector<char> buffer(size, '\0');
+    (void)readInterface(path, 0, buffer.data(), static_cast<int>(size));
+    // A node that fills the whole buffer leaves no terminator.
+    return std::string(buffer.data(), strnlen(buffer.data(), size));
+}
+
+std::string Performance::readNode(const ReportNode& report) {
+    return usesNewNodeTree() ? readNode(report.node.newer, report.newerSize)
+                             : readNode(report.node.older, report.olderSize);
+}
+
+}  // namespace aidl::vendor::vyren::hardware::performance
