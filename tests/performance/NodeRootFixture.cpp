@@ -1,0 +1,102 @@
+#include "NodeRootFixture.h"
+
+#include <android-base/file.h>
+#include <android/log.h>
+#include <processgroup_host.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace aidl::vendor::vyren::hardware::performance {
+
+namespace {
+
+std::mutex gLogLock;
+std::vector<LogLine> gLogs;
+
+void captureLog(const struct __android_logger_data* data, const char* message) {
+    std::lock_guard<std::mutex> lock(gLogLock);
+    gLogs.push_back(
+        {data->tag != nullptr ? data->tag : "", data->priority, message != nullptr ? message : ""});
+}
+
+}  // namespace
+
+void PrintTo(const LogLine& line, std::ostream* os) {
+    *os << "{" << line.tag << ", " << line.priority << ", \"" << line.text << "\"}";
+}
+
+void NodeRootTest::SetUp() {
+    char templ[] = "/tmp/performance-nodes-XXXXXX";
+    ASSERT_NE(mkdtemp(templ), nullptr);
+    mRoot = templ;
+    // Registrations of this test stay in a socket directory of its own.
+    setenv("HOST_BINDER_DIR", (mRoot + "-binder").c_str(), 1);
+    CgroupSetHostNodeRoot(mRoot);
+    __android_log_set_logger(captureLog);
+    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+    clearLogs();
+}
+
+void NodeRootTest::TearDown() {
+    std::error_code ignored;
+    std::filesystem::remove_all(mRoot, ignored);
+    std::filesystem::remove_all(mRoot + "-binder", ignored);
+}
+
+void NodeRootTest::setKernel(const std::string& release) {
+    writeNode("/proc/version", "Linux version " + release +
+                                   "-android13-8-g1a2b3c4d (build@host) (clang version 14.0.7)"
+                                   " #1 SMP PREEMPT Mon Oct 3 12:00:00 UTC 2022\n");
+}
+
+std::shared_ptr<Performance> NodeRootTest::makeService() {
+    return ndk::SharedRefBase::make<Performance>(mRoot);
+}
+
+void NodeRootTest::writeNode(const std::string& node, const std::string& content) {
+    std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
+    ASSERT_TRUE(android::base::WriteStringToFile(content, path(node))) << node;
+}
+
+std::string NodeRootTest::readNode(const std::string& node) const {
+    std::string content;
+    EXPECT_TRUE(android::base::ReadFileToString(path(node), &content)) << node;
+    return content;
+}
+
+bool NodeRootTest::exists(const std::string& node) const {
+    struct stat st;
+    return lstat(path(node).c_str(), &st) == 0;
+}
+
+void NodeRootTest::makeDirectoryAt(const std::string& node) {
+    std::filesystem::create_directories(path(node));
+}
+
+void NodeRootTest::makeRefusingNode(const std::string& node) {
+    std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
+    ASSERT_EQ(symlink("/dev/full", path(node).c_str()), 0) << node;
+}
+
+std::vector<LogLine> NodeRootTest::logs() const {
+    std::lock_guard<std::mutex> lock(gLogLock);
+    return gLogs;
+}
+
+std::vector<LogLine> NodeRootTest::logsOf(const std::string& tag) const {
+    std::vector<LogLine> lines;
+    for (const auto& line : logs()) {
+        if (line.tag == tag) lines.push_back(line);
+    }
+    return lines;
+}
+
+void NodeRootTest::clearLogs() {
+    std::lock_guard<std::mutex> lock(gLogLock);
+    gLogs.clear();
+}
+
+}  // namespace aidl::vendor::vyren::hardware::performance

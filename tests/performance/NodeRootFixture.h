@@ -1,0 +1,56 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Performance.h"
+
+namespace aidl::vendor::vyren::hardware::performance {
+
+struct LogLine {
+    std::string tag;
+    int priority;
+    std::string text;
+
+    bool operator==(const LogLine& other) const {
+        return tag == other.tag && priority == other.priority && text == other.text;
+    }
+};
+void PrintTo(const LogLine& line, std::ostream* os);
+
+// A temporary node root standing in for the kernel's procfs and sysfs, and a capture of every log
+// line the service writes. An absent node is modelled by an absent parent directory (a "w" open of
+// a missing procfs node fails, where in a plain directory it would create the file); a node that
+// refuses writes is a symlink to /dev/full.
+class NodeRootTest : public ::testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // Writes proc/version as a kernel of the given release, e.g. "5.15.78".
+    void setKernel(const std::string& release);
+    std::shared_ptr<Performance> makeService();
+    std::shared_ptr<Performance> makeService(const std::string& release) {
+        setKernel(release);
+        return makeService();
+    }
+
+    std::string path(const std::string& node) const { return mRoot + node; }
+    void writeNode(const std::string& node, const std::string& content);
+    std::string readNode(const std::string& node) const;
+    bool exists(const std::string& node) const;
+    void makeDirectoryAt(const std::string& node);
+    void makeRefusingNode(const std::string& node);
+
+    std::vector<LogLine> logs() const;
+    std::vector<LogLine> logsOf(const std::string& tag) const;
+    void clearLogs();
+
+    std::string mRoot;
+};
+
+}  // namespace aidl::vendor::vyren::hardware::performance
