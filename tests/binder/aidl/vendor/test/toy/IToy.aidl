@@ -1,0 +1,24 @@
+package vendor.test.toy;
+
+import vendor.test.toy.Item;
+import vendor.test.toy.Record;
+
+interface IToy {
+    Record makeRecord(int count, in String label);
+    String echoString(in String value);
+    int[] reverseInts(in int[] values);
+    long addLong(long a, long b);
+    boolean negate(boolean value);
+    char nextChar(char value);
+    void doNothing();
+    byte echoByte(byte value);
+    float halfFloat(float value);
+    double halfDouble(double value);
+    String[] echoStrings(in String[] values);
+    long[] echoLongs(in long[] values);
+    @nullable String echoNullable(in @nullable String value);
+    Item[] echoItems(in Item[] items);
+    int fail(int exceptionCode, int serviceError, in String message);
+    int sleepMillis(int millis);
+    int[] callerIdentity();
+}

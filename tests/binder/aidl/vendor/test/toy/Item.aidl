@@ -1,0 +1,7 @@
+package vendor.test.toy;
+
+parcelable Item {
+    int id;
+    String label;
+    long value;
+}

@@ -1,0 +1,492 @@
+/*
+ * Parcel encoding: round trips, exact wire layout and hostile input.
+ */
+#include <aidl/vendor/test/toy/Record.h>
+#include <android/binder_parcel.h>
+#include <android/binder_parcel_utils.h>
+#include <android/binder_status.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace aidl::vendor::test::toy {
+
+// The generated parcelables have no comparison of their own.
+bool operator==(const Item& a, const Item& b) {
+    return a.id == b.id && a.label == b.label && a.value == b.value;
+}
+
+}  // namespace aidl::vendor::test::toy
+
+namespace {
+
+using aidl::vendor::test::toy::Item;
+using aidl::vendor::test::toy::Record;
+
+ndk::ScopedAParcel newParcel() {
+    return ndk::ScopedAParcel(AParcel_create());
+}
+
+std::vector<uint8_t> bytesOf(const AParcel* parcel) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
+    return bytes;
+}
+
+ndk::ScopedAParcel parcelFrom(const std::vector<uint8_t>& bytes) {
+    ndk::ScopedAParcel parcel = newParcel();
+    EXPECT_EQ(STATUS_OK, AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size()));
+    return parcel;
+}
+
+// Little-endian int32 words, the building blocks of hand-made parcels.
+std::vector<uint8_t> words(std::initializer_list<uint32_t> values) {
+    std::vector<uint8_t> bytes;
+    for (uint32_t value : values) {
+        for (int shift = 0; shift < 32; shift += 8) bytes.push_back((value >> shift) & 0xff);
+    }
+    return bytes;
+}
+
+struct RoundTripCase {
+    const char* name;
+    std::function<binder_status_t(AParcel*)> write;
+    // Reads the value back and reports whether it matches what was written.
+    std::function<bool(const AParcel*)> readMatches;
+    size_t encodedSize;
+};
+
+template <typename T>
+RoundTripCase scalarCase(const char* name, T value, binder_status_t (*write)(AParcel*, T),
+                         binder_status_t (*read)(const AParcel*, T*), size_t encodedSize) {
+    return {name, [=](AParcel* p) { return write(p, value); },
+            [=](const AParcel* p) {
+                T out{};
+                return read(p, &out) == STATUS_OK && memcmp(&out, &value, sizeof(T)) == 0;
+            },
+            encodedSize};
+}
+
+template <typename T>
+RoundTripCase vectorCase(const char* name, T value, size_t encodedSize) {
+    return {name, [=](AParcel* p) { return ndk::AParcel_writeVector(p, value); },
+            [=](const AParcel* p) {
+                T out{};
+                return ndk::AParcel_readVector(p, &out) == STATUS_OK && out == value;
+            },
+            encodedSize};
+}
+
+template <typename T>
+RoundTripCase stringCase(const char* name, T value, size_t encodedSize) {
+    return {name, [=](AParcel* p) { return ndk::AParcel_writeString(p, value); },
+            [=](const AParcel* p) {
+                T out{};
+                return ndk::AParcel_readString(p, &out) == STATUS_OK && out == value;
+            },
+            encodedSize};
+}
+
+std::vector<RoundTripCase> roundTripCases() {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Item item{7, "seven", -7};
+    return {
+        scalarCase<int32_t>("int32", INT32_MIN, AParcel_writeInt32, AParcel_readInt32, 4),
+        scalarCase<uint32_t>("uint32", UINT32_MAX, AParcel_writeUint32, AParcel_readUint32, 4),
+        scalarCase<int64_t>("int64", INT64_MIN, AParcel_writeInt64, AParcel_readInt64, 8),
+        scalarCase<uint64_t>("uint64", UINT64_MAX, AParcel_writeUint64, AParcel_readUint64, 8),
+        scalarCase<float>("float", -1.5f, AParcel_writeFloat, AParcel_readFloat, 4),
+        scalarCase<float>("float_nan", nan, AParcel_writeFloat, AParcel_readFloat, 4),
+        scalarCase<double>("double", 1e308, AParcel_writeDouble, AParcel_readDouble, 8),
+        scalarCase<bool>("bool", true, AParcel_writeBool, AParcel_readBool, 4),
+        scalarCase<char16_t>("char", u'\uffff', AParcel_writeChar, AParcel_readChar, 4),
+        scalarCase<int8_t>("byte", -128, AParcel_writeByte, AParcel_readByte, 4),
+        stringCase<std::string>("string_empty", "", 8),
+        stringCase<std::string>("string_ascii", "abc", 12),
+        stringCase<std::string>("string_latin1", "h\xc3\xa9llo", 16),
+        stringCase<std::string>("string_cjk", "\xe4\xb8\xad\xe6\x96\x87", 12),
+        stringCase<std::string>("string_surrogate_pair", "\xf0\x9f\x99\x82", 12),
+        stringCase<std::string>("string_embedded_nul", std::string("a\0b", 3), 12),
+        stringCase<std::optional<std::string>>("string_null", std::nullopt, 4),
+        stringCase<std::optional<std::string>>("string_optional", "x", 8),
+        vectorCase<std::vector<int32_t>>("int32_array", {1, -2, 3}, 16),
+        vectorCase<std::vector<int32_t>>("int32_array_empty", {}, 4),
+        vectorCase<std::optional<std::vector<int32_t>>>("int32_array_null", std::nullopt, 4),
+        vectorCase<std::vector<uint32_t>>("uint32_array", {UINT32_MAX}, 8),
+        vectorCase<std::vector<int64_t>>("int64_array", {INT64_MAX, 0}, 20),
+        vectorCase<std::vector<uint64_t>>("uint64_array", {1}, 12),
+        vectorCase<std::vector<float>>("float_array", {0.5f, -0.0f}, 12),
+        vectorCase<std::vector<double>>("double_array", {2.5}, 12),
+        vectorCase<std::vector<bool>>("bool_array", {true, false, true}, 16),
+        vectorCase<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12),
+        vectorCase<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8),
+        vectorCase<std::vector<int8_t>>("byte_array_aligned", {1, 2, 3, 4}, 8),
+        vectorCase<std::vector<uint8_t>>("ubyte_array", {0xff, 0}, 8),
+        vectorCase<std::vector<std::string>>("string_array", {"", "ab"}, 4 + 8 + 12),
+        vectorCase<std::optional<std::vector<std::string>>>("string_array_null", std::nullopt, 4),
+        vectorCase<std::vector<std::optional<std::string>>>("nullable_string_array",
+                                                            {std::nullopt, "z"}, 4 + 4 + 8),
+        vectorCase<std::vector<Item>>("parcelable_array", {item, Item{}}, 4 + 36 + 28),
+    };
+}
+
+class ParcelRoundTripTest : public testing::TestWithParam<RoundTripCase> {};
+
+TEST_P(ParcelRoundTripTest, ReadsBackWhatWasWritten) {
+    const RoundTripCase& c = GetParam();
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, c.write(parcel.get()));
+    EXPECT_EQ(c.encodedSize, static_cast<size_t>(AParcel_getDataSize(parcel.get())));
+    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()) % 4);
+
+    // Through a marshalled copy, as a remote peer would see it.
+    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
+    EXPECT_TRUE(c.readMatches(copy.get()));
+    EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
+
+    // Nothing left: a second read runs out of data.
+    int32_t extra;
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(copy.get(), &extra));
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, ParcelRoundTripTest, testing::ValuesIn(roundTripCases()),
+                         [](const testing::TestParamInfo<RoundTripCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST(ParcelEncodingTest, StringsAreUtf16WithLengthAndTerminator) {
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, ndk::AParcel_writeString(parcel.get(), std::string("a\xf0\x9f\x99\x82")));
+    // Three char16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
+    std::vector<uint8_t> expected = words({3, 0xd83d0061, 0x0000de42});
+    EXPECT_EQ(expected, bytesOf(parcel.get()));
+
+    ndk::ScopedAParcel null = newParcel();
+    ASSERT_EQ(STATUS_OK, AParcel_writeString(null.get(), nullptr, -1));
+    EXPECT_EQ(words({0xffffffff}), bytesOf(null.get()));
+}
+
+TEST(ParcelEncodingTest, SmallValuesTakeAWholeWord) {
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, AParcel_writeBool(parcel.get(), true));
+    ASSERT_EQ(STATUS_OK, AParcel_writeChar(parcel.get(), u'\u20ac'));
+    ASSERT_EQ(STATUS_OK, AParcel_writeByte(parcel.get(), -1));
+    ASSERT_EQ(STATUS_OK, ndk::AParcel_writeVector(parcel.get(), std::vector<int8_t>{1, 2, 3}));
+    ASSERT_EQ(STATUS_OK, ndk::AParcel_writeVector(parcel.get(), std::vector<char16_t>{u'x'}));
+    EXPECT_EQ(words({1, 0x20ac, 0xffffffff, 3, 0x00030201, 1, 'x'}), bytesOf(parcel.get()));
+}
+
+TEST(ParcelEncodingTest, StructuredParcelableIsSizePrefixed) {
+    Record record{};
+    record.name = "r";
+    record.items = {Item{1, "a", 2}};
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
+    int32_t nonNull;
+    int32_t size;
+    ASSERT_EQ(STATUS_OK, AParcel_readInt32(copy.get(), &nonNull));
+    ASSERT_EQ(STATUS_OK, AParcel_readInt32(copy.get(), &size));
+    EXPECT_EQ(1, nonNull);
+    EXPECT_EQ(AParcel_getDataSize(copy.get()) - 4, size);
+
+    AParcel_setDataPosition(copy.get(), 0);
+    Record read;
+    ASSERT_EQ(STATUS_OK, read.readFromParcel(copy.get()));
+    EXPECT_EQ("r", read.name);
+    ASSERT_EQ(1u, read.items.size());
+    EXPECT_EQ("a", read.items[0].label);
+    EXPECT_EQ(2, read.items[0].value);
+}
+
+TEST(ParcelEncodingTest, WritesAtThePositionAndReadsFromIt) {
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 1));
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 2));
+    ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 0));
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 9));
+    EXPECT_EQ(8, AParcel_getDataSize(parcel.get()));
+    EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(parcel.get(), -4));
+    ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 4));
+    int32_t value;
+    ASSERT_EQ(STATUS_OK, AParcel_readInt32(parcel.get(), &value));
+    EXPECT_EQ(2, value);
+    // Past the end is allowed, but nothing can be read there.
+    ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 1000));
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(parcel.get(), &value));
+}
+
+TEST(ParcelEncodingTest, RejectsInvalidUtf8OnWrite) {
+    const std::string invalid[] = {
+        "\xff",              // never valid
+        "\xc0\x80",          // overlong NUL
+        "\xe0\x80\xaf",      // overlong slash
+        "\xed\xa0\x80",      // encoded surrogate
+        "\xf4\x90\x80\x80",  // beyond U+10FFFF
+        "\xe2\x82",          // truncated sequence
+        "a\x80",             // stray continuation byte
+    };
+    for (const std::string& text : invalid) {
+        ndk::ScopedAParcel parcel = newParcel();
+        EXPECT_EQ(STATUS_BAD_VALUE, ndk::AParcel_writeString(parcel.get(), text))
+            << testing::PrintToString(text);
+    }
+    ndk::ScopedAParcel parcel = newParcel();
+    EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeString(parcel.get(), "abc", -2));
+    EXPECT_EQ(STATUS_UNEXPECTED_NULL, AParcel_writeString(parcel.get(), nullptr, 3));
+}
+
+struct BadInputCase {
+    const char* name;
+    std::vector<uint8_t> bytes;
+    std::function<binder_status_t(const AParcel*)> read;
+    binder_status_t expected;
+};
+
+// Allocators that record the largest size they were asked for.
+size_t gLargestAllocation = 0;
+
+bool recordingStringAllocator(void* data, int32_t length, char** buffer) {
+    gLargestAllocation = std::max<size_t>(gLargestAllocation, length < 0 ? 0 : length);
+    auto* str = static_cast<std::string*>(data);
+    if (length <= 0) return false;
+    str->resize(static_cast<size_t>(length));
+    *buffer = &(*str)[0];
+    return true;
+}
+
+bool recordingInt32Allocator(void* data, int32_t length, int32_t** buffer) {
+    gLargestAllocation = std::max<size_t>(gLargestAllocation, length < 0 ? 0 : length);
+    auto* vec = static_cast<std::vector<int32_t>*>(data);
+    if (length < 0) return false;
+    vec->resize(static_cast<size_t>(length));
+    *buffer = vec->data();
+    return true;
+}
+
+bool recordingSizeAllocator(void*, int32_t length) {
+    gLargestAllocation = std::max<size_t>(gLargestAllocation, length < 0 ? 0 : length);
+    return false;
+}
+
+binder_status_t readRecordingString(const AParcel* p) {
+    std::string out;
+    return AParcel_readString(p, &out, recordingStringAllocator);
+}
+
+binder_status_t readRecordingInts(const AParcel* p) {
+    std::vector<int32_t> out;
+    return AParcel_readInt32Array(p, &out, recordingInt32Allocator);
+}
+
+std::vector<BadInputCase> badInputCases() {
+    auto readInt32 = [](const AParcel* p) {
+        int32_t v;
+        return AParcel_readInt32(p, &v);
+    };
+    auto readInt64 = [](const AParcel* p) {
+        int64_t v;
+        return AParcel_readInt64(p, &v);
+    };
+    auto readStatus = [](const AParcel* p) {
+        AStatus* status = nullptr;
+        binder_status_t result = AParcel_readStatusHeader(p, &status);
+        AStatus_delete(status);
+        return result;
+    };
+    auto readStrings = [](const AParcel* p) {
+        std::vector<std::string> v;
+        return ndk::AParcel_readVector(p, &v);
+    };
+    auto readBools = [](const AParcel* p) {
+        return AParcel_readBoolArray(p, nullptr, recordingSizeAllocator, [](void*, size_t, bool) {});
+    };
+    auto readItems = [](const AParcel* p) {
+        std::vector<Item> v;
+        return ndk::AParcel_readVector(p, &v);
+    };
+    auto readBinder = [](const AParcel* p) {
+        ndk::SpAIBinder binder;
+        return AParcel_readStrongBinder(p, binder.getR());
+    };
+    auto readBytes = [](const AParcel* p) {
+        std::vector<int8_t> v;
+        return ndk::AParcel_readVector(p, &v);
+    };
+    return {
+        {"int32_empty", {}, readInt32, STATUS_NOT_ENOUGH_DATA},
+        {"int32_partial", {1, 2}, readInt32, STATUS_NOT_ENOUGH_DATA},
+        {"int64_half", words({1}), readInt64, STATUS_NOT_ENOUGH_DATA},
+        {"string_no_length", {}, readRecordingString, STATUS_NOT_ENOUGH_DATA},
+        {"string_negative_length", words({0xfffffffe}), readRecordingString, STATUS_BAD_VALUE},
+        {"string_huge_length", words({0x7fffffff, 0}), readRecordingString, STATUS_BAD_VALUE},
+        {"string_longer_than_data", words({3, 0x00620061}), readRecordingString, STATUS_BAD_VALUE},
+        {"string_unterminated", words({1, 0x00620061}), readRecordingString, STATUS_BAD_VALUE},
+        {"string_lone_high_surrogate", words({1, 0x0000d83d}), readRecordingString,
+         STATUS_BAD_VALUE},
+        {"string_lone_low_surrogate", words({2, 0xde420061, 0}), readRecordingString,
+         STATUS_BAD_VALUE},
+        {"string_null_into_std_string", words({0xffffffff}), readRecordingString,
+         STATUS_UNEXPECTED_NULL},
+        {"int32_array_negative", words({0xfffffff0}), readRecordingInts, STATUS_BAD_VALUE},
+        {"int32_array_huge", words({0x10000000, 1, 2}), readRecordingInts, STATUS_BAD_VALUE},
+        {"int32_array_short", words({3, 1, 2}), readRecordingInts, STATUS_BAD_VALUE},
+        {"int32_array_null_into_vector", words({0xffffffff}), readRecordingInts,
+         STATUS_UNEXPECTED_NULL},
+        {"byte_array_huge", words({0x7fffffff, 0}), readBytes, STATUS_BAD_VALUE},
+        {"bool_array_huge", words({0x40000000}), readBools, STATUS_BAD_VALUE},
+        {"string_array_huge", words({0x20000000, 0}), readStrings, STATUS_BAD_VALUE},
+        {"string_array_bad_element", words({2, 0xfffffff0}), readStrings, STATUS_BAD_VALUE},
+        {"parcelable_array_huge", words({0x7ffffff0, 1}), readItems, STATUS_BAD_VALUE},
+        {"parcelable_array_null_element", words({1, 0, 4}), readItems, STATUS_UNEXPECTED_NULL},
+        {"status_truncated_message", words({static_cast<uint32_t>(EX_ILLEGAL_STATE), 5}),
+         readStatus, STATUS_BAD_VALUE},
+        {"status_missing_service_code",
+         words({static_cast<uint32_t>(EX_SERVICE_SPECIFIC), 0xffffffff, 0}), readStatus,
+         STATUS_NOT_ENOUGH_DATA},
+        {"status_negative_stack_trace",
+         words({static_cast<uint32_t>(EX_SECURITY), 0xffffffff, 0xfffffff0}), readStatus,
+         STATUS_BAD_VALUE},
+        {"status_reply_header_too_big", words({static_cast<uint32_t>(EX_HAS_REPLY_HEADER), 400}),
+         readStatus, STATUS_BAD_VALUE},
+        {"binder_unknown_kind", words({7}), readBinder, STATUS_BAD_VALUE},
+        {"binder_index_without_object", words({1, 0}), readBinder, STATUS_BAD_VALUE},
+    };
+}
+
+class ParcelBadInputTest : public testing::TestWithParam<BadInputCase> {};
+
+TEST_P(ParcelBadInputTest, FailsWithoutOverAllocating) {
+    const BadInputCase& c = GetParam();
+    ndk::ScopedAParcel parcel = parcelFrom(c.bytes);
+    gLargestAllocation = 0;
+    EXPECT_EQ(c.expected, c.read(parcel.get()));
+    EXPECT_LE(gLargestAllocation, c.bytes.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Reads, ParcelBadInputTest, testing::ValuesIn(badInputCases()),
+                         [](const testing::TestParamInfo<BadInputCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST(ParcelBadInputTest, EveryTruncationOfARecordFailsCleanly) {
+    Record record{};
+    record.status = 3;
+    record.items = {Item{1, "one", 1}, Item{2, "\xe2\x82\xac", 2}};
+    record.name = "name";
+    record.longs = {1, 2};
+    record.names = {"x"};
+    record.note = "note";
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    const std::vector<uint8_t> full = bytesOf(parcel.get());
+    for (size_t size = 0; size < full.size(); ++size) {
+        std::vector<uint8_t> prefix(full.begin(), full.begin() + size);
+        ndk::ScopedAParcel truncated = parcelFrom(prefix);
+        Record read;
+        EXPECT_NE(STATUS_OK, read.readFromParcel(truncated.get())) << "prefix of " << size;
+    }
+}
+
+TEST(ParcelBadInputTest, CorruptedWordsNeverCrashTheReader) {
+    Record record{};
+    record.items = {Item{1, "one", 1}};
+    record.names = {"a", "b"};
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    const std::vector<uint8_t> full = bytesOf(parcel.get());
+    const uint32_t nasty[] = {0, 1, 0x7fffffff, 0x80000000, 0xffffffff, 0xfffffffe};
+    for (size_t offset = 0; offset + 4 <= full.size(); offset += 4) {
+        for (uint32_t value : nasty) {
+            std::vector<uint8_t> corrupted = full;
+            memcpy(&corrupted[offset], &value, sizeof(value));
+            ndk::ScopedAParcel input = parcelFrom(corrupted);
+            Record read;
+            read.readFromParcel(input.get());  // any result is fine; it must return
+        }
+    }
+}
+
+struct StatusCase {
+    const char* name;
+    std::function<AStatus*()> make;
+};
+
+class StatusHeaderTest : public testing::TestWithParam<StatusCase> {};
+
+TEST_P(StatusHeaderTest, RoundTrips) {
+    ndk::ScopedAStatus original(GetParam().make());
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), original.get()));
+    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
+    ndk::ScopedAStatus read;
+    ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(copy.get(), read.getR()));
+    EXPECT_EQ(original.isOk(), read.isOk());
+    EXPECT_EQ(original.getExceptionCode(), read.getExceptionCode());
+    EXPECT_EQ(original.getServiceSpecificError(), read.getServiceSpecificError());
+    EXPECT_STREQ(original.getMessage(), read.getMessage());
+    EXPECT_EQ(original.getDescription(), read.getDescription());
+    EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Statuses, StatusHeaderTest,
+    testing::Values(
+        StatusCase{"ok", [] { return AStatus_newOk(); }},
+        StatusCase{"exception", [] { return AStatus_fromExceptionCode(EX_ILLEGAL_ARGUMENT); }},
+        StatusCase{
+            "exception_with_message",
+            [] { return AStatus_fromExceptionCodeWithMessage(EX_SECURITY, "denied \xc3\xa9"); }},
+        StatusCase{"service_specific", [] { return AStatus_fromServiceSpecificError(-42); }},
+        StatusCase{"service_specific_with_message",
+                   [] { return AStatus_fromServiceSpecificErrorWithMessage(7, "seven"); }}),
+    [](const testing::TestParamInfo<StatusCase>& info) { return std::string(info.param.name); });
+
+TEST(StatusHeaderTest, WireLayout) {
+    ndk::ScopedAParcel ok = newParcel();
+    ndk::ScopedAStatus okStatus = ndk::ScopedAStatus::ok();
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(ok.get(), okStatus.get()));
+    EXPECT_EQ(words({0}), bytesOf(ok.get()));
+
+    ndk::ScopedAParcel specific = newParcel();
+    ndk::ScopedAStatus specificStatus =
+        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(specific.get(), specificStatus.get()));
+    EXPECT_EQ(words({static_cast<uint32_t>(EX_SERVICE_SPECIFIC), 1, 0x6d, 0, 5}),
+              bytesOf(specific.get()));
+}
+
+TEST(StatusHeaderTest, TransportErrorsAreNotWritten) {
+    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAStatus status = ndk::ScopedAStatus::fromStatus(STATUS_NO_MEMORY);
+    EXPECT_EQ(STATUS_NO_MEMORY, AParcel_writeStatusHeader(parcel.get(), status.get()));
+    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
+}
+
+TEST(StatusTest, Accessors) {
+    ndk::ScopedAStatus transport = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+    EXPECT_FALSE(transport.isOk());
+    EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
+    EXPECT_EQ(STATUS_DEAD_OBJECT, transport.getStatus());
+
+    ndk::ScopedAStatus specific = ndk::ScopedAStatus::fromServiceSpecificError(3);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
+    EXPECT_EQ(3, specific.getServiceSpecificError());
+    EXPECT_EQ(STATUS_OK, specific.getStatus());
+
+    ndk::ScopedAStatus exception = ndk::ScopedAStatus::fromExceptionCode(EX_NULL_POINTER);
+    EXPECT_EQ(0, exception.getServiceSpecificError());
+    EXPECT_STREQ("", exception.getMessage());
+
+    EXPECT_TRUE(ndk::ScopedAStatus::fromStatus(STATUS_OK).isOk());
+    EXPECT_TRUE(ndk::ScopedAStatus::fromExceptionCode(EX_NONE).isOk());
+    EXPECT_FALSE(ndk::ScopedAStatus().isOk());
+}
+
+}  // namespace

@@ -1,0 +1,138 @@
+#include "toy_service.h"
+
+#include <android/binder_ibinder.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+namespace toy {
+
+ndk::ScopedAStatus ToyService::makeRecord(int32_t count, const std::string& label,
+                                          Record* _aidl_return) {
+    Record record;
+    record.status = count;
+    for (int32_t i = 0; i < count; ++i) {
+        record.items.push_back(Item{i, label + std::to_string(i), int64_t{1} << (i % 63)});
+    }
+    record.name = label;
+    record.small = -7;
+    record.ratio = 0.25f;
+    record.precise = 1e-300;
+    record.flag = true;
+    record.letter = u'\u00e9';
+    record.longs = {INT64_MIN, -1, 0, INT64_MAX};
+    record.names = {"", label, "\xf0\x9f\x99\x82"};
+    record.note = std::nullopt;
+    *_aidl_return = std::move(record);
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoString(const std::string& value, std::string* _aidl_return) {
+    *_aidl_return = value;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::reverseInts(const std::vector<int32_t>& values,
+                                           std::vector<int32_t>* _aidl_return) {
+    _aidl_return->assign(values.rbegin(), values.rend());
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::addLong(int64_t a, int64_t b, int64_t* _aidl_return) {
+    *_aidl_return = a + b;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::negate(bool value, bool* _aidl_return) {
+    *_aidl_return = !value;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::nextChar(char16_t value, char16_t* _aidl_return) {
+    *_aidl_return = static_cast<char16_t>(value + 1);
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::doNothing() {
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoByte(int8_t value, int8_t* _aidl_return) {
+    *_aidl_return = value;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::halfFloat(float value, float* _aidl_return) {
+    *_aidl_return = value / 2;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::halfDouble(double value, double* _aidl_return) {
+    *_aidl_return = value / 2;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoStrings(const std::vector<std::string>& values,
+                                           std::vector<std::string>* _aidl_return) {
+    *_aidl_return = values;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoLongs(const std::vector<int64_t>& values,
+                                         std::vector<int64_t>* _aidl_return) {
+    *_aidl_return = values;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoNullable(const std::optional<std::string>& value,
+                                            std::optional<std::string>* _aidl_return) {
+    *_aidl_return = value;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::echoItems(const std::vector<Item>& items,
+                                         std::vector<Item>* _aidl_return) {
+    *_aidl_return = items;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::fail(int32_t exceptionCode, int32_t serviceError,
+                                    const std::string& message, int32_t* _aidl_return) {
+    *_aidl_return = 0;
+    if (exceptionCode == EX_SERVICE_SPECIFIC) {
+        return ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(serviceError,
+                                                                       message.c_str());
+    }
+    if (exceptionCode == EX_TRANSACTION_FAILED) {
+        return ndk::ScopedAStatus::fromStatus(serviceError);
+    }
+    return ndk::ScopedAStatus::fromExceptionCodeWithMessage(exceptionCode, message.c_str());
+}
+
+ndk::ScopedAStatus ToyService::sleepMillis(int32_t millis, int32_t* _aidl_return) {
+    ++sleeping;
+    std::this_thread::sleep_for(std::chrono::milliseconds(millis));
+    --sleeping;
+    *_aidl_return = millis;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::callerIdentity(std::vector<int32_t>* _aidl_return) {
+    *_aidl_return = {static_cast<int32_t>(AIBinder_getCallingUid()),
+                     static_cast<int32_t>(AIBinder_getCallingPid())};
+    return ndk::ScopedAStatus::ok();
+}
+
+binder_status_t ToyService::dump(int fd, const char** args, uint32_t numArgs) {
+    std::string text = "toy";
+    for (uint32_t i = 0; i < numArgs; ++i) text += std::string(" ") + args[i];
+    text += "\n";
+    return write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size())
+               ? STATUS_OK
+               : STATUS_UNKNOWN_ERROR;
+}
+
+}  // namespace toy

@@ -1,0 +1,50 @@
+/*
+ * A local implementation of the toy interface used by the binder tests.
+ */
+#pragma once
+
+#include <aidl/vendor/test/toy/BnToy.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+namespace toy {
+
+class ToyService : public aidl::vendor::test::toy::BnToy {
+  public:
+    using Item = aidl::vendor::test::toy::Item;
+    using Record = aidl::vendor::test::toy::Record;
+
+    ndk::ScopedAStatus makeRecord(int32_t count, const std::string& label,
+                                  Record* _aidl_return) override;
+    ndk::ScopedAStatus echoString(const std::string& value, std::string* _aidl_return) override;
+    ndk::ScopedAStatus reverseInts(const std::vector<int32_t>& values,
+                                   std::vector<int32_t>* _aidl_return) override;
+    ndk::ScopedAStatus addLong(int64_t a, int64_t b, int64_t* _aidl_return) override;
+    ndk::ScopedAStatus negate(bool value, bool* _aidl_return) override;
+    ndk::ScopedAStatus nextChar(char16_t value, char16_t* _aidl_return) override;
+    ndk::ScopedAStatus doNothing() override;
+    ndk::ScopedAStatus echoByte(int8_t value, int8_t* _aidl_return) override;
+    ndk::ScopedAStatus halfFloat(float value, float* _aidl_return) override;
+    ndk::ScopedAStatus halfDouble(double value, double* _aidl_return) override;
+    ndk::ScopedAStatus echoStrings(const std::vector<std::string>& values,
+                                   std::vector<std::string>* _aidl_return) override;
+    ndk::ScopedAStatus echoLongs(const std::vector<int64_t>& values,
+                                 std::vector<int64_t>* _aidl_return) override;
+    ndk::ScopedAStatus echoNullable(const std::optional<std::string>& value,
+                                    std::optional<std::string>* _aidl_return) override;
+    ndk::ScopedAStatus echoItems(const std::vector<Item>& items,
+                                 std::vector<Item>* _aidl_return) override;
+    ndk::ScopedAStatus fail(int32_t exceptionCode, int32_t serviceError, const std::string& message,
+                            int32_t* _aidl_return) override;
+    ndk::ScopedAStatus sleepMillis(int32_t millis, int32_t* _aidl_return) override;
+    ndk::ScopedAStatus callerIdentity(std::vector<int32_t>* _aidl_return) override;
+
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
+
+    // Calls currently inside sleepMillis.
+    std::atomic<int> sleeping{0};
+};
+
+}  // namespace toy
