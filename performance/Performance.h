@@ -261,6 +261,9 @@ class Performance : public BnPerformance {
         const std::string& handle, int32_t count,
         ::aidl::vendor::vyren::hardware::performance::TaskWakeInfo* _aidl_return) override;
 
+    // Prints the service's state for dumpsys.
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
+
     // Reads up to size bytes of the node at path, from offset, into buf. Returns the bytes read,
     // or -1 on bad arguments or a failed open, seek or read.
     int readInterface(const char* path, int offset, void* buf, int size);

@@ -4,7 +4,9 @@
 #include <aidl/vendor/vyren/hardware/performance/BpPerformance.h>
 #include <android-base/file.h>
 #include <android-base/strings.h>
+#include <android-base/unique_fd.h>
 #include <android/binder_manager.h>
+#include <sys/mman.h>
 
 #include "NodeRootFixture.h"
 
@@ -245,6 +247,28 @@ TEST_F(InterfaceTest, ParcelablesSurviveTheRoundTrip) {
     EXPECT_EQ(version.result, 0);
     EXPECT_EQ(version.major, 65535);
     EXPECT_EQ(version.minor, 1);
+}
+
+TEST_F(InterfaceTest, DumpPrintsTheServiceState) {
+    android::base::unique_fd file(memfd_create("dump", MFD_CLOEXEC));
+    ASSERT_GE(file, 0);
+    const char* args[] = {"-a"};
+    ASSERT_EQ(AIBinder_dump(binder.get(), file, args, 1), STATUS_OK);
+    std::string text;
+    ASSERT_EQ(lseek(file, 0, SEEK_SET), 0);
+    ASSERT_TRUE(android::base::ReadFdToString(file, &text));
+    EXPECT_EQ(text, "node root: " + mRoot +
+                        "\n"
+                        "kernel version: 5.15.78 (newer node tree)\n"
+                        "debug: 0\n"
+                        "memcg root: /dev/memcg/\n"
+                        "jank version: (not read yet)\n"
+                        "task tracking: disabled\n"
+                        "task-track table: (empty)\n"
+                        "storage nodes:\n"
+                        "  hpb_params: 1\n"
+                        "  hpb_stats: 0\n"
+                        "memory statistics device: fd -1, buffers none, capacity 400\n");
 }
 
 }  // namespace
