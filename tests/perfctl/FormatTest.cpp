@@ -1,0 +1,89 @@
+// How results are printed: scalars as text, parcelables as one line of JSON with the fields of
+// the interface definition in their declared order.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "Format.h"
+#include "perfctl_table.h"
+
+namespace perfctl {
+namespace {
+
+using ::aidl::vendor::vyren::hardware::performance::ProcMemStat;
+using ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet;
+using ::aidl::vendor::vyren::hardware::performance::ProcReqHal;
+using ::aidl::vendor::vyren::hardware::performance::ProcReqItemHal;
+
+template <typename T>
+std::string Formatted(const T& value) {
+    std::string out;
+    FormatResult(value, &out);
+    return out;
+}
+
+TEST(FormatTest, JsonStringEscapes) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", R"("")"},
+        {R"(say "hi" C:\dir)", R"("say \"hi\" C:\\dir")"},
+        {"a\nb\tc\rd\b\f", R"("a\nb\tc\rd\b\f")"},
+        {std::string("\x01\x1f\0", 3), R"("\u0001\u001f\u0000")"},
+        {"\x7f/", "\"\x7f/\""},  // DEL and '/' need no escape
+        {"caf\xc3\xa9 \xf0\x9f\x98\x80", "\"caf\xc3\xa9 \xf0\x9f\x98\x80\""},
+    };
+    for (const auto& [text, json] : cases) {
+        std::string out;
+        AppendJsonString(&out, text);
+        EXPECT_EQ(out, json);
+    }
+}
+
+TEST(FormatTest, Scalars) {
+    EXPECT_EQ(Formatted(int32_t{INT32_MIN}), "-2147483648\n");
+    EXPECT_EQ(Formatted(int64_t{INT64_MAX}), "9223372036854775807\n");
+    EXPECT_EQ(Formatted(false), "false\n");
+    // Strings are the service's bytes exactly: no newline added, NUL kept.
+    EXPECT_EQ(Formatted(std::string()), "");
+    EXPECT_EQ(Formatted(std::string("x\0y", 3)), std::string("x\0y", 3));
+}
+
+TEST(FormatTest, ParcelableFieldsInDeclarationOrder) {
+    ProcMemStat stat;
+    stat.name = "com.example\t\"svc\"";
+    stat.flag = true;
+    stat.value18 = u'\xffff';  // char prints as its number
+    stat.value20 = -1;
+    stat.pid = 1234;
+    stat.value80 = INT32_MAX;
+    ProcMemStatRet ret;
+    ret.result = 1;
+    ret.stats = {stat};
+    EXPECT_EQ(Formatted(ret),
+              R"({"result":1,"stats":[)"
+              R"({"name":"com.example\t\"svc\"","flag":true,"value18":65535,"value20":-1,)"
+              R"("value24":0,"pid":1234,"value32":0,"value36":0,"value40":0,"value44":0,)"
+              R"("value48":0,"value52":0,"smapsTotal":0,"reserved":0,"smapsDalvikHeap":0,)"
+              R"("smapsNativeMalloc":0,"value72":0,"value76":0,"value80":2147483647}]})"
+              "\n");
+}
+
+TEST(FormatTest, ParcelableArrays) {
+    EXPECT_EQ(Formatted(ProcReqHal()), "{\"path\":\"\",\"items\":[]}\n");
+
+    ProcReqItemHal item;
+    item.key = "wait";
+    item.separator = "\n";
+    item.flag = -3;
+    ProcReqHal req;
+    req.path = "/proc/hi";
+    req.items = {item, item};
+    EXPECT_EQ(Formatted(req), R"({"path":"/proc/hi","items":[)"
+                              R"({"key":"wait","separator":"\n","flag":-3},)"
+                              R"({"key":"wait","separator":"\n","flag":-3}]})"
+                              "\n");
+}
+
+}  // namespace
+}  // namespace perfctl
