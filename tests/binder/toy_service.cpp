@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <string>
-#include <thread>
 
 namespace toy {
 
@@ -113,10 +112,26 @@ ndk::ScopedAStatus ToyService::fail(int32_t exceptionCode, int32_t serviceError,
 }
 
 ndk::ScopedAStatus ToyService::sleepMillis(int32_t millis, int32_t* _aidl_return) {
-    ++sleeping;
-    std::this_thread::sleep_for(std::chrono::milliseconds(millis));
-    --sleeping;
-    *_aidl_return = millis;
+    std::unique_lock<std::mutex> lock(mMutex);
+    mMostSleeping = std::max(mMostSleeping, ++mSleeping);
+    const uint64_t generation = mWakeGeneration;
+    const bool woken = mWake.wait_for(lock, std::chrono::milliseconds(millis),
+                                      [&] { return mWakeGeneration != generation; });
+    --mSleeping;
+    *_aidl_return = woken ? 1 : 0;
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::sleepStats(std::vector<int32_t>* _aidl_return) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    *_aidl_return = {mSleeping, mMostSleeping};
+    return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ToyService::wakeSleepers() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    ++mWakeGeneration;
+    mWake.notify_all();
     return ndk::ScopedAStatus::ok();
 }
 

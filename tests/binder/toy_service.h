@@ -5,7 +5,8 @@
 
 #include <aidl/vendor/test/toy/BnToy.h>
 
-#include <atomic>
+#include <condition_variable>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -38,13 +39,21 @@ class ToyService : public aidl::vendor::test::toy::BnToy {
                                  std::vector<Item>* _aidl_return) override;
     ndk::ScopedAStatus fail(int32_t exceptionCode, int32_t serviceError, const std::string& message,
                             int32_t* _aidl_return) override;
+    // Waits until woken or until millis pass; returns 1 when woken.
     ndk::ScopedAStatus sleepMillis(int32_t millis, int32_t* _aidl_return) override;
+    // {calls sleeping now, most calls ever sleeping at once}
+    ndk::ScopedAStatus sleepStats(std::vector<int32_t>* _aidl_return) override;
+    ndk::ScopedAStatus wakeSleepers() override;
     ndk::ScopedAStatus callerIdentity(std::vector<int32_t>* _aidl_return) override;
 
     binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
-    // Calls currently inside sleepMillis.
-    std::atomic<int> sleeping{0};
+  private:
+    std::mutex mMutex;
+    std::condition_variable mWake;
+    uint64_t mWakeGeneration = 0;
+    int32_t mSleeping = 0;
+    int32_t mMostSleeping = 0;
 };
 
 }  // namespace toy

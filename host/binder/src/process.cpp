@@ -1,18 +1,26 @@
 /*
- * The binder thread pool.
+ * The binder thread pool. Pool threads and joined threads all wait on the transport's event
+ * loop; the transport's gate keeps the number running transactions at once to the configured
+ * maximum, joined threads included.
  */
+#include <android-base/logging.h>
 #include <android/binder_process.h>
 
-#include <condition_variable>
 #include <mutex>
+#include <thread>
+
+#include "server.h"
 
 namespace {
 
+// The platform's default when the count is never set.
+constexpr uint32_t kDefaultMaxThreads = 15;
+
 struct ThreadPool {
     std::mutex mutex;
-    std::condition_variable stopped;
-    uint32_t maxThreads = 15;
+    uint32_t maxThreads = kDefaultMaxThreads;
     bool started = false;
+    bool limitApplied = false;
 };
 
 ThreadPool& threadPool() {
@@ -20,12 +28,19 @@ ThreadPool& threadPool() {
     return *pool;
 }
 
+// Fixes the transaction limit the first time any thread starts serving.
+void applyLimitLocked(ThreadPool& pool) {
+    if (pool.limitApplied) return;
+    pool.limitApplied = true;
+    host_binder::setMaxConcurrentTransactions(pool.maxThreads);
+}
+
 }  // namespace
 
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
     ThreadPool& pool = threadPool();
     std::lock_guard<std::mutex> lock(pool.mutex);
-    if (pool.started || numThreads == 0) return false;
+    if (pool.limitApplied || numThreads == 0) return false;
     pool.maxThreads = numThreads;
     return true;
 }
@@ -33,13 +48,20 @@ bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
 void ABinderProcess_startThreadPool() {
     ThreadPool& pool = threadPool();
     std::lock_guard<std::mutex> lock(pool.mutex);
+    if (pool.started) return;
     pool.started = true;
+    applyLimitLocked(pool);
+    for (uint32_t i = 0; i < pool.maxThreads; ++i) {
+        std::thread(host_binder::serveForever).detach();
+    }
 }
 
 void ABinderProcess_joinThreadPool() {
-    ThreadPool& pool = threadPool();
-    std::unique_lock<std::mutex> lock(pool.mutex);
-    pool.started = true;
-    // In-process calls run on the caller's thread, so the joined thread only waits.
-    pool.stopped.wait(lock, [] { return false; });
+    {
+        ThreadPool& pool = threadPool();
+        std::lock_guard<std::mutex> lock(pool.mutex);
+        applyLimitLocked(pool);
+    }
+    host_binder::serveForever();
+    LOG(ERROR) << "binder: thread pool event loop stopped";
 }

@@ -1,28 +1,93 @@
-/*
- * Proxy transport.
- */
+#include <poll.h>
+
 #include <utility>
 
+#include "binder_internal.h"
 #include "remote.h"
+#include "wire.h"
 
 namespace host_binder {
 
-struct RemoteEndpoint::Pool {};
+namespace {
 
-RemoteEndpoint::RemoteEndpoint(std::string socketPath)
-    : mSocketPath(std::move(socketPath)), mPool(new Pool) {}
+// Idle connections kept per endpoint; more are closed when their call ends.
+constexpr size_t kMaxIdleConnections = 4;
 
-RemoteEndpoint::~RemoteEndpoint() {
-    delete mPool;
+// An idle connection that has become readable or hung up was closed by the service (nothing is
+// ever sent unasked), so it cannot carry another call.
+bool idleConnectionUsable(int fd) {
+    pollfd p = {fd, POLLIN, 0};
+    return TEMP_FAILURE_RETRY(poll(&p, 1, 0)) == 0;
 }
 
-binder_status_t RemoteEndpoint::transact(transaction_code_t, const AParcel*, AParcel*,
-                                         binder_flags_t, int) {
-    return STATUS_DEAD_OBJECT;
+}  // namespace
+
+RemoteEndpoint::RemoteEndpoint(std::string socketPath) : mSocketPath(std::move(socketPath)) {}
+
+void RemoteEndpoint::addIdleConnection(android::base::unique_fd connection) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mIdle.size() < kMaxIdleConnections) mIdle.push_back(std::move(connection));
+}
+
+android::base::unique_fd RemoteEndpoint::takeConnection(bool* reused) {
+    {
+        std::lock_guard<std::mutex> lock(mMutex);
+        while (!mIdle.empty()) {
+            android::base::unique_fd fd = std::move(mIdle.back());
+            mIdle.pop_back();
+            if (idleConnectionUsable(fd.get())) {
+                *reused = true;
+                return fd;
+            }
+        }
+    }
+    *reused = false;
+    return connectToSocket(mSocketPath);
 }
 
 bool RemoteEndpoint::isAlive() {
-    return false;
+    return connectToSocket(mSocketPath).ok();
+}
+
+binder_status_t RemoteEndpoint::transact(transaction_code_t code, const AParcel* in, AParcel* reply,
+                                         binder_flags_t flags, int fd) {
+    // Binder objects only have meaning inside this process.
+    if (!in->objects.empty()) return STATUS_INVALID_OPERATION;
+    if (in->data.size() > kMaxPayloadSize) return STATUS_FAILED_TRANSACTION;
+    const FrameHeader request = {kRequestMagic, code, flags, static_cast<uint32_t>(in->data.size())};
+
+    // A reused connection may have been closed by a service that restarted; a request that
+    // could not be sent was never run, so it is safe to try once more on a fresh connection.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        bool reused = false;
+        android::base::unique_fd connection = takeConnection(&reused);
+        if (!connection.ok()) return STATUS_DEAD_OBJECT;
+        if (!sendFrame(connection.get(), request, in->data.data(), in->data.size(), fd)) {
+            if (reused) continue;
+            return STATUS_DEAD_OBJECT;
+        }
+        if (flags & FLAG_ONEWAY) {
+            addIdleConnection(std::move(connection));
+            return STATUS_OK;
+        }
+
+        FrameHeader header;
+        if (readExact(connection.get(), &header, sizeof(header)) != ReadResult::kOk) {
+            return STATUS_DEAD_OBJECT;
+        }
+        if (header.magic != kReplyMagic || header.size > kMaxPayloadSize) {
+            return STATUS_FAILED_TRANSACTION;
+        }
+        std::vector<uint8_t> payload(header.size);
+        if (readExact(connection.get(), payload.data(), payload.size()) != ReadResult::kOk) {
+            return STATUS_DEAD_OBJECT;
+        }
+        addIdleConnection(std::move(connection));
+        const auto result = static_cast<binder_status_t>(header.word);
+        if (result != STATUS_OK) return result;
+        return AParcel_unmarshal(reply, payload.data(), payload.size());
+    }
+    return STATUS_DEAD_OBJECT;
 }
 
 }  // namespace host_binder

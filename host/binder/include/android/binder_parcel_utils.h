@@ -76,15 +76,6 @@ bool optionalVectorSizeAllocator(void* vectorData, int32_t length) {
     return true;
 }
 
-template <typename V>
-V& element(void* vectorData) {
-    return *static_cast<V*>(vectorData);
-}
-template <typename V>
-V& element(void* vectorData, std::optional<V>*) {
-    return **static_cast<std::optional<V>*>(vectorData);
-}
-
 inline bool boolGetter(const void* vectorData, size_t index) {
     return (*static_cast<const std::vector<bool>*>(vectorData))[index];
 }

@@ -20,5 +20,7 @@ interface IToy {
     Item[] echoItems(in Item[] items);
     int fail(int exceptionCode, int serviceError, in String message);
     int sleepMillis(int millis);
+    int[] sleepStats();
+    void wakeSleepers();
     int[] callerIdentity();
 }

@@ -1,0 +1,131 @@
+#include "wire.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <cstring>
+
+namespace host_binder {
+
+namespace {
+
+// Room for a few descriptors; a peer sending more gets them dropped by the kernel.
+constexpr size_t kMaxFdsPerRead = 4;
+
+// Waits until socket is ready for events or the deadline passes.
+bool waitReady(int socket, short events, const Deadline& deadline) {
+    if (!deadline.has_value()) return true;
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            *deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return false;
+        pollfd p = {socket, events, 0};
+        int ready = poll(&p, 1, static_cast<int>(left.count()));
+        if (ready > 0) return true;
+        if (ready < 0 && errno != EINTR) return false;
+    }
+}
+
+// With a deadline, sends must not block past it, so they only take what fits now.
+int sendFlags(const Deadline& deadline) {
+    return MSG_NOSIGNAL | (deadline.has_value() ? MSG_DONTWAIT : 0);
+}
+
+bool sendAll(int socket, const uint8_t* data, size_t size, const Deadline& deadline) {
+    while (size > 0) {
+        if (!waitReady(socket, POLLOUT, deadline)) return false;
+        ssize_t sent = TEMP_FAILURE_RETRY(send(socket, data, size, sendFlags(deadline)));
+        if (sent < 0 && errno == EAGAIN) continue;
+        if (sent <= 0) return false;
+        data += sent;
+        size -= static_cast<size_t>(sent);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, size_t size,
+               int passFd, Deadline deadline) {
+    iovec iov[2] = {{const_cast<FrameHeader*>(&header), sizeof(header)},
+                    {const_cast<uint8_t*>(payload), size}};
+    msghdr msg = {};
+    msg.msg_iov = iov;
+    msg.msg_iovlen = size > 0 ? 2 : 1;
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    if (passFd >= 0) {
+        msg.msg_control = control;
+        msg.msg_controllen = sizeof(control);
+        cmsghdr* cmsg = CMSG_FIRSTHDR(&msg);
+        cmsg->cmsg_level = SOL_SOCKET;
+        cmsg->cmsg_type = SCM_RIGHTS;
+        cmsg->cmsg_len = CMSG_LEN(sizeof(int));
+        memcpy(CMSG_DATA(cmsg), &passFd, sizeof(int));
+    }
+    ssize_t sent;
+    do {
+        if (!waitReady(socket, POLLOUT, deadline)) return false;
+        sent = TEMP_FAILURE_RETRY(sendmsg(socket, &msg, sendFlags(deadline)));
+    } while (sent < 0 && errno == EAGAIN);
+    if (sent < 0) return false;
+    // The descriptor went with the first byte; the rest is plain data.
+    const size_t total = sizeof(header) + size;
+    size_t done = static_cast<size_t>(sent);
+    if (done < sizeof(header)) {
+        if (!sendAll(socket, reinterpret_cast<const uint8_t*>(&header) + done,
+                     sizeof(header) - done, deadline)) {
+            return false;
+        }
+        done = sizeof(header);
+    }
+    return sendAll(socket, payload + (done - sizeof(header)), total - done, deadline);
+}
+
+ReadResult readExact(int socket, void* data, size_t size,
+                     std::vector<android::base::unique_fd>* fds, Deadline deadline) {
+    auto* out = static_cast<uint8_t*>(data);
+    size_t done = 0;
+    while (done < size) {
+        if (!waitReady(socket, POLLIN, deadline)) return ReadResult::kFailed;
+        iovec iov = {out + done, size - done};
+        msghdr msg = {};
+        msg.msg_iov = &iov;
+        msg.msg_iovlen = 1;
+        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int) * kMaxFdsPerRead)];
+        msg.msg_control = control;
+        msg.msg_controllen = sizeof(control);
+        ssize_t n = TEMP_FAILURE_RETRY(recvmsg(socket, &msg, MSG_CMSG_CLOEXEC));
+        if (n < 0) return ReadResult::kFailed;
+        for (cmsghdr* cmsg = CMSG_FIRSTHDR(&msg); cmsg != nullptr; cmsg = CMSG_NXTHDR(&msg, cmsg)) {
+            if (cmsg->cmsg_level != SOL_SOCKET || cmsg->cmsg_type != SCM_RIGHTS) continue;
+            const size_t count = (cmsg->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+            for (size_t i = 0; i < count; ++i) {
+                int fd;
+                memcpy(&fd, CMSG_DATA(cmsg) + i * sizeof(int), sizeof(int));
+                android::base::unique_fd owned(fd);
+                if (fds != nullptr) fds->push_back(std::move(owned));
+            }
+        }
+        if (n == 0) return done == 0 ? ReadResult::kClosed : ReadResult::kFailed;
+        done += static_cast<size_t>(n);
+    }
+    return ReadResult::kOk;
+}
+
+android::base::unique_fd connectToSocket(const std::string& path) {
+    sockaddr_un addr = {};
+    addr.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(addr.sun_path)) {
+        errno = ENAMETOOLONG;
+        return {};
+    }
+    memcpy(addr.sun_path, path.c_str(), path.size() + 1);
+    android::base::unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!fd.ok()) return {};
+    if (connect(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return {};
+    return fd;
+}
+
+}  // namespace host_binder

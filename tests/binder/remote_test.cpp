@@ -1,0 +1,488 @@
+/*
+ * Binder calls between processes over the socket transport. Services run in their own
+ * process (the binder_toy_server helper); every test gets a private service directory.
+ */
+#include <aidl/vendor/test/toy/IToy.h>
+#include <android-base/unique_fd.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "temp_binder_dir.h"
+#include "toy_checks.h"
+#include "toy_service.h"
+
+extern char** environ;
+
+namespace {
+
+using aidl::vendor::test::toy::IToy;
+using android::base::unique_fd;
+
+const std::string kName = std::string(IToy::descriptor) + "/default";
+// The file name the service directory uses for kName.
+const std::string kSocketName = "vendor.test.toy.IToy%2Fdefault";
+
+constexpr uint32_t kRequestMagic = B_PACK_CHARS('H', 'B', 'T', 'X');
+constexpr uint32_t kReplyMagic = B_PACK_CHARS('H', 'B', 'R', 'X');
+
+// Polls until cond holds. The bound only keeps a broken build from hanging the suite.
+template <typename Cond>
+bool eventually(Cond cond) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!cond()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+int32_t sleepersNow(IToy* toy) {
+    std::vector<int32_t> stats;
+    return toy->sleepStats(&stats).isOk() && stats.size() == 2 ? stats[0] : -1;
+}
+
+unique_fd rawConnect(const std::string& path) {
+    sockaddr_un addr = {};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
+    unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (connect(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return {};
+    const timeval timeout = {20, 0};
+    setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+    return fd;
+}
+
+class RemoteTest : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(mDir.ok()); }
+
+    void TearDown() override {
+        for (pid_t pid : mServers) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+    }
+
+    pid_t spawnServer(const std::string& name, int threads) {
+        const std::string threadArg = std::to_string(threads);
+        char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), const_cast<char*>(name.c_str()),
+                        const_cast<char*>(threadArg.c_str()), nullptr};
+        pid_t pid = -1;
+        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return -1;
+        mServers.push_back(pid);
+        return pid;
+    }
+
+    // Starts a server and waits until it answers.
+    pid_t startServer(const std::string& name = kName, int threads = 4) {
+        pid_t pid = spawnServer(name, threads);
+        ndk::SpAIBinder binder(AServiceManager_waitForService(name.c_str()));
+        return binder.get() != nullptr ? pid : -1;
+    }
+
+    void stopServer(pid_t pid) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+        mServers.erase(std::find(mServers.begin(), mServers.end(), pid));
+    }
+
+    static std::shared_ptr<IToy> connectToy(const std::string& name = kName) {
+        ndk::SpAIBinder binder(AServiceManager_getService(name.c_str()));
+        return binder.get() == nullptr ? nullptr : IToy::fromBinder(binder);
+    }
+
+    std::string socketPath(const std::string& fileName = kSocketName) const {
+        return mDir.path() + "/" + fileName;
+    }
+
+    TempBinderDir mDir;
+    std::vector<pid_t> mServers;
+};
+
+TEST_F(RemoteTest, CallsRoundTripThroughAProxy) {
+    ASSERT_GT(startServer(), 0);
+    EXPECT_TRUE(std::filesystem::exists(socketPath()));
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    AIBinder* binder = toy->asBinder().get();
+    EXPECT_TRUE(toy->isRemote());
+    EXPECT_TRUE(AIBinder_isRemote(binder));
+    EXPECT_TRUE(AIBinder_isAlive(binder));
+    EXPECT_EQ(STATUS_OK, AIBinder_ping(binder));
+
+    toy::expectEveryShapeRoundTrips(toy.get());
+    toy::expectErrorsReachTheCaller(toy.get());
+
+    std::vector<int32_t> identity;
+    ASSERT_TRUE(toy->callerIdentity(&identity).isOk());
+    EXPECT_EQ((std::vector<int32_t>{static_cast<int32_t>(getuid()), static_cast<int32_t>(getpid())}),
+              identity);
+}
+
+TEST_F(RemoteTest, ProxyOnlyAssociatesWithTheServedDescriptor) {
+    ASSERT_GT(startServer(), 0);
+    static AIBinder_Class* other =
+        AIBinder_Class_define("vendor.test.toy.IOther", nullptr, nullptr,
+                              [](AIBinder*, transaction_code_t, const AParcel*,
+                                 AParcel*) -> binder_status_t { return STATUS_OK; });
+    ndk::SpAIBinder binder(AServiceManager_checkService(kName.c_str()));
+    ASSERT_NE(nullptr, binder.get());
+    EXPECT_FALSE(AIBinder_associateClass(binder.get(), other));
+    EXPECT_NE(nullptr, IToy::fromBinder(binder));
+}
+
+TEST_F(RemoteTest, LargeCallsUpToTheFrameLimit) {
+    ASSERT_GT(startServer(), 0);
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    // About 800 KiB as UTF-16 each way: several partial socket writes, within one frame.
+    const std::string big(400 * 1024, 'x');
+    std::string echoed;
+    ASSERT_TRUE(toy->echoString(big, &echoed).isOk());
+    EXPECT_EQ(big, echoed);
+
+    ndk::ScopedAStatus status = toy->echoString(std::string(600 * 1024, 'y'), &echoed);
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, status.getStatus());
+    EXPECT_TRUE(toy->echoString("small", &echoed).isOk());
+}
+
+TEST_F(RemoteTest, ThreadsShareOneProxy) {
+    ASSERT_GT(startServer(), 0);
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 100; ++i) {
+                const std::string sent = std::to_string(t * 1000 + i);
+                std::string received;
+                if (!toy->echoString(sent, &received).isOk() || received != sent) ++failures;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(0, failures.load());
+}
+
+TEST_F(RemoteTest, SlowCallDoesNotHoldUpOtherClients) {
+    ASSERT_GT(startServer(kName, 4), 0);
+    std::shared_ptr<IToy> slow = connectToy();
+    std::shared_ptr<IToy> observer = connectToy();
+    ASSERT_NE(nullptr, slow);
+    ASSERT_NE(nullptr, observer);
+    auto slowCall = std::async(std::launch::async, [&] {
+        int32_t woken = 0;
+        slow->sleepMillis(60000, &woken);
+        return woken;
+    });
+    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 1; }));
+
+    std::vector<std::future<bool>> others;
+    for (int i = 0; i < 3; ++i) {
+        others.push_back(std::async(std::launch::async, [] {
+            std::shared_ptr<IToy> client = connectToy();
+            std::string echoed;
+            return client != nullptr && client->echoString("quick", &echoed).isOk() &&
+                   echoed == "quick";
+        }));
+    }
+    for (auto& other : others) EXPECT_TRUE(other.get());
+    // The other clients finished while the slow call was still asleep.
+    EXPECT_EQ(std::future_status::timeout, slowCall.wait_for(std::chrono::seconds(0)));
+
+    ASSERT_TRUE(observer->wakeSleepers().isOk());
+    EXPECT_EQ(1, slowCall.get());
+}
+
+TEST_F(RemoteTest, ThreadPoolLimitsConcurrentTransactions) {
+    ASSERT_GT(startServer(kName, 2), 0);
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 6; ++i) {
+        callers.emplace_back([&] {
+            int32_t woken;
+            toy->sleepMillis(200, &woken);
+        });
+    }
+    for (std::thread& caller : callers) caller.join();
+    std::vector<int32_t> stats;
+    ASSERT_TRUE(toy->sleepStats(&stats).isOk());
+    ASSERT_EQ(2u, stats.size());
+    EXPECT_GE(stats[1], 1);
+    EXPECT_LE(stats[1], 2);
+}
+
+TEST_F(RemoteTest, CallerCredentialsComeFromThePeer) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "switching the client to uid 10123 needs root";
+    }
+    ASSERT_GT(startServer(), 0);
+    pid_t child = fork();
+    ASSERT_NE(-1, child);
+    if (child == 0) {
+        alarm(30);
+        if (setgroups(0, nullptr) != 0 || setgid(10123) != 0 || setuid(10123) != 0) _exit(10);
+        std::shared_ptr<IToy> toy = connectToy();
+        std::vector<int32_t> identity;
+        if (toy == nullptr || !toy->callerIdentity(&identity).isOk()) _exit(11);
+        _exit(identity == std::vector<int32_t>{10123, getpid()} ? 0 : 12);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status)) << "10: setuid, 11: call failed, 12: wrong identity";
+}
+
+TEST_F(RemoteTest, ClientKilledMidCallLeavesServerRunning) {
+    pid_t server = startServer();
+    ASSERT_GT(server, 0);
+    std::shared_ptr<IToy> observer = connectToy();
+    ASSERT_NE(nullptr, observer);
+    pid_t child = fork();
+    ASSERT_NE(-1, child);
+    if (child == 0) {
+        alarm(60);
+        std::shared_ptr<IToy> toy = connectToy();
+        int32_t woken;
+        if (toy != nullptr) toy->sleepMillis(60000, &woken);
+        _exit(0);
+    }
+    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 1; }));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+
+    // The woken call now replies into a closed socket.
+    ASSERT_TRUE(observer->wakeSleepers().isOk());
+    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 0; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // let the reply go out
+    std::string echoed;
+    EXPECT_TRUE(observer->echoString("still here", &echoed).isOk());
+    EXPECT_EQ(0, waitpid(server, nullptr, WNOHANG));
+}
+
+std::vector<uint8_t> frame(uint32_t magic, uint32_t code, uint32_t flags, uint32_t size,
+                           const std::vector<uint8_t>& payload = {}) {
+    const uint32_t header[] = {magic, code, flags, size};
+    std::vector<uint8_t> bytes(reinterpret_cast<const uint8_t*>(header),
+                               reinterpret_cast<const uint8_t*>(header) + sizeof(header));
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    return bytes;
+}
+
+// An interface token for descriptor followed by extra int32 words.
+std::vector<uint8_t> tokenPayload(const char* descriptor, std::vector<int32_t> extra = {}) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel_writeInt32(parcel.get(), 0);
+    AParcel_writeInt32(parcel.get(), -1);
+    AParcel_writeInt32(parcel.get(), B_PACK_CHARS('V', 'N', 'D', 'R'));
+    AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
+    for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
+    AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
+    return bytes;
+}
+
+std::vector<uint8_t> request(uint32_t code, const std::vector<uint8_t>& payload,
+                             uint32_t flags = 0) {
+    return frame(kRequestMagic, code, flags, static_cast<uint32_t>(payload.size()), payload);
+}
+
+struct MalformedCase {
+    const char* name;
+    std::vector<uint8_t> bytes;
+    // Send only these bytes and then end the stream.
+    bool halfClose;
+    // The error reply expected, if any.
+    std::optional<binder_status_t> reply;
+    bool closesConnection;
+};
+
+std::vector<MalformedCase> malformedCases() {
+    const uint32_t doNothing = FIRST_CALL_TRANSACTION + 6;
+    const uint32_t reverseInts = FIRST_CALL_TRANSACTION + 2;
+    std::vector<uint8_t> header = frame(kRequestMagic, doNothing, 0, 100);
+    std::vector<uint8_t> truncatedPayload = header;
+    truncatedPayload.resize(header.size() + 10, 0xab);
+    return {
+        {"garbage",
+         {'n', 'o', 't', ' ', 'a', ' ', 'b', 'i', 'n', 'd', 'e', 'r', 'f', 'r', 'a', 'm'},
+         false,
+         std::nullopt,
+         true},
+        {"oversized", frame(kRequestMagic, doNothing, 0, 2 * 1024 * 1024), false, STATUS_BAD_VALUE,
+         true},
+        {"truncated_header", std::vector<uint8_t>(header.begin(), header.begin() + 8), true,
+         std::nullopt, true},
+        {"truncated_payload", truncatedPayload, true, std::nullopt, true},
+        {"unknown_code", request(FIRST_CALL_TRANSACTION + 1000, tokenPayload(IToy::descriptor)),
+         false, STATUS_UNKNOWN_TRANSACTION, false},
+        {"unknown_special_code", request(B_PACK_CHARS('_', 'X', 'Y', 'Z'), {}), false,
+         STATUS_UNKNOWN_TRANSACTION, false},
+        {"wrong_descriptor", request(doNothing, tokenPayload("vendor.test.toy.IOther")), false,
+         STATUS_BAD_TYPE, false},
+        {"missing_token", request(doNothing, {}), false, STATUS_BAD_TYPE, false},
+        {"unknown_flags", request(doNothing, tokenPayload(IToy::descriptor), 0x100), false,
+         STATUS_BAD_VALUE, false},
+        {"dump_without_fd", request(B_PACK_CHARS('_', 'D', 'M', 'P'), {0, 0, 0, 0}), false,
+         STATUS_BAD_VALUE, false},
+        {"absurd_array_length", request(reverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
+         false, STATUS_BAD_VALUE, false},
+    };
+}
+
+TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
+    pid_t server = startServer();
+    ASSERT_GT(server, 0);
+    for (const MalformedCase& c : malformedCases()) {
+        SCOPED_TRACE(c.name);
+        unique_fd fd = rawConnect(socketPath());
+        ASSERT_TRUE(fd.ok());
+        ASSERT_EQ(static_cast<ssize_t>(c.bytes.size()),
+                  send(fd.get(), c.bytes.data(), c.bytes.size(), MSG_NOSIGNAL));
+        if (c.halfClose) shutdown(fd.get(), SHUT_WR);
+
+        if (c.reply.has_value()) {
+            uint32_t reply[4] = {};
+            ASSERT_EQ(static_cast<ssize_t>(sizeof(reply)),
+                      recv(fd.get(), reply, sizeof(reply), MSG_WAITALL));
+            EXPECT_EQ(kReplyMagic, reply[0]);
+            EXPECT_EQ(*c.reply, static_cast<binder_status_t>(reply[1]));
+            EXPECT_EQ(0u, reply[3]);
+        }
+        if (c.closesConnection) {
+            char byte;
+            EXPECT_EQ(0, recv(fd.get(), &byte, 1, 0));
+        }
+    }
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    std::string echoed;
+    EXPECT_TRUE(toy->echoString("fine", &echoed).isOk());
+    EXPECT_EQ(0, waitpid(server, nullptr, WNOHANG));
+}
+
+TEST_F(RemoteTest, StalledSenderDoesNotBlockOthers) {
+    ASSERT_GT(startServer(), 0);
+    unique_fd stalled = rawConnect(socketPath());
+    ASSERT_TRUE(stalled.ok());
+    std::vector<uint8_t> partial = frame(kRequestMagic, FIRST_CALL_TRANSACTION, 0, 100);
+    partial.resize(partial.size() + 10);
+    ASSERT_EQ(static_cast<ssize_t>(partial.size()),
+              send(stalled.get(), partial.data(), partial.size(), MSG_NOSIGNAL));
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    std::string echoed;
+    EXPECT_TRUE(toy->echoString("around", &echoed).isOk());
+}
+
+TEST_F(RemoteTest, SecondRegistrationOfANameFails) {
+    ASSERT_GT(startServer(), 0);
+    auto local = ndk::SharedRefBase::make<toy::ToyService>();
+    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), kName.c_str()));
+
+    pid_t second = spawnServer(kName, 1);
+    int status = 0;
+    ASSERT_EQ(second, waitpid(second, &status, 0));
+    mServers.pop_back();
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(2, WEXITSTATUS(status));
+}
+
+TEST_F(RemoteTest, StaleSocketIsReplaced) {
+    // Registrations made in this process last for its lifetime; keep names fresh per run.
+    static int run = 0;
+    const std::string suffix = std::to_string(++run);
+    const std::string name = "stale.test/instance" + suffix;
+    const std::string path = socketPath("stale.test%2Finstance" + suffix);
+    {
+        // Bound but never listening, as a crashed server leaves it.
+        sockaddr_un addr = {};
+        addr.sun_family = AF_UNIX;
+        strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
+        unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(0, bind(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)));
+    }
+    ASSERT_FALSE(rawConnect(path).ok());
+
+    auto local = ndk::SharedRefBase::make<toy::ToyService>();
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    EXPECT_TRUE(rawConnect(path).ok());
+    // Within the registering process the name resolves to the object itself.
+    ndk::SpAIBinder found(AServiceManager_checkService(name.c_str()));
+    EXPECT_EQ(local->asBinder(), found);
+    EXPECT_FALSE(AIBinder_isRemote(found.get()));
+}
+
+TEST_F(RemoteTest, RegistrationRefusesUnusablePaths) {
+    auto local = ndk::SharedRefBase::make<toy::ToyService>();
+
+    std::ofstream(socketPath("plain.file")) << "not a socket";
+    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "plain.file"));
+
+    // Short as text, but every '/' takes three bytes in the file name.
+    const std::string longName = std::string(40, '/');
+    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), longName.c_str()));
+    EXPECT_EQ(nullptr, AServiceManager_checkService(longName.c_str()));
+}
+
+TEST_F(RemoteTest, DumpSendsArgumentsAndDescriptor) {
+    ASSERT_GT(startServer(), 0);
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    int fds[2];
+    ASSERT_EQ(0, pipe(fds));
+    unique_fd readEnd(fds[0]);
+    unique_fd writeEnd(fds[1]);
+    const char* args[] = {"--verbose", "\xc3\xa9"};
+    EXPECT_EQ(STATUS_OK, toy->dump(writeEnd.get(), args, 2));
+    writeEnd.reset();
+    std::string text;
+    char buffer[64];
+    ssize_t n;
+    while ((n = read(readEnd.get(), buffer, sizeof(buffer))) > 0) text.append(buffer, n);
+    EXPECT_EQ("toy --verbose \xc3\xa9\n", text);
+}
+
+TEST_F(RemoteTest, DeadServerIsReportedAndARestartIsReached) {
+    pid_t server = startServer();
+    ASSERT_GT(server, 0);
+    std::shared_ptr<IToy> toy = connectToy();
+    ASSERT_NE(nullptr, toy);
+    std::string echoed;
+    ASSERT_TRUE(toy->echoString("before", &echoed).isOk());
+
+    stopServer(server);
+    ndk::ScopedAStatus status = toy->echoString("during", &echoed);
+    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
+    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
+    EXPECT_FALSE(AIBinder_isAlive(toy->asBinder().get()));
+
+    ASSERT_GT(startServer(), 0);
+    EXPECT_TRUE(toy->echoString("after", &echoed).isOk());
+    EXPECT_EQ("after", echoed);
+}
+
+}  // namespace

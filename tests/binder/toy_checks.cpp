@@ -1,0 +1,108 @@
+#include "toy_checks.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace toy {
+
+using aidl::vendor::test::toy::Item;
+using aidl::vendor::test::toy::IToy;
+using aidl::vendor::test::toy::Record;
+
+void expectEveryShapeRoundTrips(IToy* proxy) {
+    Record record;
+    ASSERT_TRUE(proxy->makeRecord(3, "it\xc3\xa9m", &record).isOk());
+    EXPECT_EQ(3, record.status);
+    ASSERT_EQ(3u, record.items.size());
+    EXPECT_EQ(
+        "it\xc3\xa9m"
+        "2",
+        record.items[2].label);
+    EXPECT_EQ(4, record.items[2].value);
+    EXPECT_EQ(-7, record.small);
+    EXPECT_EQ(0.25f, record.ratio);
+    EXPECT_EQ(1e-300, record.precise);
+    EXPECT_TRUE(record.flag);
+    EXPECT_EQ(u'\u00e9', record.letter);
+    EXPECT_EQ((std::vector<int64_t>{INT64_MIN, -1, 0, INT64_MAX}), record.longs);
+    EXPECT_EQ((std::vector<std::string>{"", "it\xc3\xa9m", "\xf0\x9f\x99\x82"}), record.names);
+    EXPECT_FALSE(record.note.has_value());
+
+    std::string text;
+    ASSERT_TRUE(proxy->echoString("\xe4\xb8\xad \xf0\x9f\x99\x82", &text).isOk());
+    EXPECT_EQ("\xe4\xb8\xad \xf0\x9f\x99\x82", text);
+
+    std::vector<int32_t> ints;
+    ASSERT_TRUE(proxy->reverseInts({1, 2, 3}, &ints).isOk());
+    EXPECT_EQ((std::vector<int32_t>{3, 2, 1}), ints);
+
+    int64_t sum = 0;
+    ASSERT_TRUE(proxy->addLong(INT64_MAX - 1, 1, &sum).isOk());
+    EXPECT_EQ(INT64_MAX, sum);
+
+    bool negated = true;
+    ASSERT_TRUE(proxy->negate(true, &negated).isOk());
+    EXPECT_FALSE(negated);
+
+    char16_t next = 0;
+    ASSERT_TRUE(proxy->nextChar(u'a', &next).isOk());
+    EXPECT_EQ(u'b', next);
+
+    EXPECT_TRUE(proxy->doNothing().isOk());
+
+    int8_t byte = 0;
+    ASSERT_TRUE(proxy->echoByte(-100, &byte).isOk());
+    EXPECT_EQ(-100, byte);
+
+    float half = 0;
+    ASSERT_TRUE(proxy->halfFloat(3.0f, &half).isOk());
+    EXPECT_EQ(1.5f, half);
+
+    double halfD = 0;
+    ASSERT_TRUE(proxy->halfDouble(-5.0, &halfD).isOk());
+    EXPECT_EQ(-2.5, halfD);
+
+    std::vector<std::string> strings;
+    ASSERT_TRUE(proxy->echoStrings({"a", "", "\xc3\xa9"}, &strings).isOk());
+    EXPECT_EQ((std::vector<std::string>{"a", "", "\xc3\xa9"}), strings);
+
+    std::vector<int64_t> longs;
+    ASSERT_TRUE(proxy->echoLongs({-1, 1LL << 40}, &longs).isOk());
+    EXPECT_EQ((std::vector<int64_t>{-1, 1LL << 40}), longs);
+
+    std::optional<std::string> nullable = "stale";
+    ASSERT_TRUE(proxy->echoNullable(std::nullopt, &nullable).isOk());
+    EXPECT_FALSE(nullable.has_value());
+    ASSERT_TRUE(proxy->echoNullable("set", &nullable).isOk());
+    EXPECT_EQ("set", nullable.value_or(""));
+
+    std::vector<Item> items;
+    ASSERT_TRUE(proxy->echoItems({Item{1, "a", 2}, Item{3, "b", 4}}, &items).isOk());
+    ASSERT_EQ(2u, items.size());
+    EXPECT_EQ(3, items[1].id);
+    EXPECT_EQ("b", items[1].label);
+
+    int32_t version = 0;
+    ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(2, version);
+}
+
+void expectErrorsReachTheCaller(IToy* proxy) {
+    int32_t unused;
+    ndk::ScopedAStatus specific = proxy->fail(EX_SERVICE_SPECIFIC, 42, "bad thing", &unused);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
+    EXPECT_EQ(42, specific.getServiceSpecificError());
+    EXPECT_STREQ("bad thing", specific.getMessage());
+
+    ndk::ScopedAStatus exception = proxy->fail(EX_ILLEGAL_ARGUMENT, 0, "arg", &unused);
+    EXPECT_EQ(EX_ILLEGAL_ARGUMENT, exception.getExceptionCode());
+    EXPECT_STREQ("arg", exception.getMessage());
+
+    ndk::ScopedAStatus transport = proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused);
+    EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
+    EXPECT_EQ(STATUS_NO_MEMORY, transport.getStatus());
+}
+
+}  // namespace toy

@@ -1,0 +1,26 @@
+/*
+ * Serves the toy interface from its own process for the cross-process binder tests.
+ *
+ * usage: binder_toy_server <instance> <max threads>
+ * Exits with status 2 when the name cannot be registered.
+ */
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "toy_service.h"
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        fprintf(stderr, "usage: %s <instance> <max threads>\n", argv[0]);
+        return 1;
+    }
+    ABinderProcess_setThreadPoolMaxThreadCount(static_cast<uint32_t>(atoi(argv[2])));
+    ABinderProcess_startThreadPool();
+    auto service = ndk::SharedRefBase::make<toy::ToyService>();
+    if (AServiceManager_addService(service->asBinder().get(), argv[1]) != EX_NONE) return 2;
+    ABinderProcess_joinThreadPool();
+    return 1;
+}
