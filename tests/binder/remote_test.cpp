@@ -286,9 +286,9 @@ TEST_F(RemoteTest, ClientKilledMidCallLeavesServerRunning) {
 std::vector<uint8_t> frame(uint32_t magic, uint32_t code, uint32_t flags, uint32_t size,
                            const std::vector<uint8_t>& payload = {}) {
     const uint32_t header[] = {magic, code, flags, size};
-    std::vector<uint8_t> bytes(reinterpret_cast<const uint8_t*>(header),
-                               reinterpret_cast<const uint8_t*>(header) + sizeof(header));
-    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    std::vector<uint8_t> bytes(sizeof(header) + payload.size());
+    memcpy(bytes.data(), header, sizeof(header));
+    if (!payload.empty()) memcpy(bytes.data() + sizeof(header), payload.data(), payload.size());
     return bytes;
 }
 
