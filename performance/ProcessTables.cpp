@@ -10,18 +10,18 @@ namespace {
 // how to use a value: 1 for a running counter (compare two samples), 0 for a setting or a peak.
 constexpr char kKeySeparator[] = ":";
 
-struct KeySpec {
+struct KeyRow {
     const char* key;
     int32_t flag;
 };
 
-std::vector<ProcReqItemHal> keys(std::initializer_list<KeySpec> specs,
+std::vector<ProcReqItemHal> keys(std::initializer_list<KeyRow> rows,
                                  std::vector<ProcReqItemHal> items = {}) {
-    for (const auto& spec : specs) {
+    for (const auto& row : rows) {
         ProcReqItemHal item;
-        item.key = spec.key;
+        item.key = row.key;
         item.separator = kKeySeparator;
-        item.flag = spec.flag;
+        item.flag = row.flag;
         items.push_back(std::move(item));
     }
     return items;
@@ -29,17 +29,17 @@ std::vector<ProcReqItemHal> keys(std::initializer_list<KeySpec> specs,
 
 // The eleven keys that every latency-style node starts with.
 std::vector<ProcReqItemHal> latencyKeys(const std::string& prefix) {
-    constexpr KeySpec kShape[] = {
+    constexpr KeyRow kShape[] = {
         {"_low_thresh_ms", 0}, {"_high_thresh_ms", 0}, {"_low_cnt", 1},    {"_high_cnt", 1},
         {"_total_ms", 1},      {"_total_cnt", 1},      {"_fg_low_cnt", 1}, {"_fg_high_cnt", 1},
         {"_fg_total_ms", 1},   {"_fg_total_cnt", 1},   {"_fg_max_ms", 0},
     };
     std::vector<ProcReqItemHal> items;
-    for (const auto& spec : kShape) {
+    for (const auto& row : kShape) {
         ProcReqItemHal item;
-        item.key = prefix + spec.key;
+        item.key = prefix + row.key;
         item.separator = kKeySeparator;
-        item.flag = spec.flag;
+        item.flag = row.flag;
         items.push_back(std::move(item));
     }
     return items;
