@@ -21,6 +21,8 @@ namespace {
 
 // Small nodes are read in one go; longer ones are cut.
 constexpr size_t kSmallNodeBuffer = 1024;
+// Whole-node line reads take the node in chunks of this size.
+constexpr size_t kLineChunk = 4096;
 
 struct FileCloser {
     void operator()(FILE* f) const { fclose(f); }
@@ -144,6 +146,63 @@ std::string Performance::readNode(const char* path, size_t size) {
 std::string Performance::readNode(const ReportNode& report) {
     return usesNewNodeTree() ? readNode(report.node.newer, report.newerSize)
                              : readNode(report.node.older, report.olderSize);
+}
+
+bool Performance::forEachLine(const char* path, LineOpen mode,
+                              const std::function<void(std::string_view)>& onLine) const {
+    const int flags = (mode == LineOpen::kRead ? O_RDONLY : O_RDWR) | O_CLOEXEC;
+    android::base::unique_fd fd(open(nodePath(path).c_str(), flags));
+    if (fd < 0) return false;
+    char chunk[kLineChunk];
+    // Holds the start of a line that continues past the chunk just read.
+    std::string pending;
+    for (;;) {
+        const ssize_t count = TEMP_FAILURE_RETRY(read(fd, chunk, sizeof(chunk)));
+        if (count <= 0) break;
+        std::string_view rest(chunk, static_cast<size_t>(count));
+        for (size_t end; (end = rest.find('\n')) != std::string_view::npos;
+             rest.remove_prefix(end + 1)) {
+            if (pending.empty()) {
+                onLine(rest.substr(0, end));
+            } else {
+                pending.append(rest.substr(0, end));
+                onLine(pending);
+                pending.clear();
+            }
+        }
+        pending.append(rest);
+    }
+    if (!pending.empty()) onLine(pending);
+    return true;
+}
+
+std::string Performance::readWholeNode(const char* path, const WholeNodeRead& how) const {
+    std::string text = how.prefix;
+    const bool opened = forEachLine(path, how.mode, [&](std::string_view line) {
+        text.append(line);
+        text.push_back(how.terminator);
+    });
+    if (opened) return text;
+
+    const int err = errno;
+    switch (how.log) {
+        case OpenFailureLog::kNone:
+            break;
+        case OpenFailureLog::kPath:
+            __android_log_print(how.logPriority, LOG_TAG, how.logFormat, path);
+            break;
+        case OpenFailureLog::kPathErrno:
+            __android_log_print(how.logPriority, LOG_TAG, how.logFormat, path, err, strerror(err));
+            break;
+        case OpenFailureLog::kPathPathError:
+            __android_log_print(how.logPriority, LOG_TAG, how.logFormat, path, path, strerror(err));
+            break;
+        case OpenFailureLog::kKernelVersion:
+            __android_log_print(how.logPriority, LOG_TAG, how.logFormat, mKernelMajor, mKernelMinor,
+                                mKernelPatch);
+            break;
+    }
+    return how.failureText;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -3,6 +3,7 @@
 #include <aidl/vendor/vyren/hardware/performance/BnPerformance.h>
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -297,6 +298,38 @@ class Performance : public BnPerformance {
     // the node cannot be read.
     std::string readNode(const char* path, size_t size);
     std::string readNode(const ReportNode& report);
+
+    // How a line read opens its node: C mode "r", or "r+", which is open(O_RDWR) and so refuses
+    // a node the service may only read.
+    enum class LineOpen { kRead, kReadWrite };
+    // Calls onLine with each line of the node, without its newline; a last line with no newline
+    // is a line too. A read error ends the lines early. Returns false, with errno from the open,
+    // when the node cannot be opened.
+    bool forEachLine(const char* path, LineOpen mode,
+                     const std::function<void(std::string_view)>& onLine) const;
+
+    // What a whole-node read logs when its node cannot be opened: the format's arguments.
+    enum class OpenFailureLog {
+        kNone,
+        kPath,           // (path)
+        kPathErrno,      // (path, errno, error text)
+        kPathPathError,  // (path, path, error text)
+        kKernelVersion,  // (major, minor, patch)
+    };
+    struct WholeNodeRead {
+        LineOpen mode;
+        // The result when the node cannot be opened.
+        const char* failureText;
+        OpenFailureLog log = OpenFailureLog::kNone;
+        int logPriority = 0;
+        const char* logFormat = nullptr;
+        // Put before the first line, and after every line.
+        const char* prefix = "";
+        char terminator = '\n';
+    };
+    // Whole-node read: the prefix, then every line followed by the terminator, with no size
+    // limit; or the failure text, logged as the read says, when the node cannot be opened.
+    std::string readWholeNode(const char* path, const WholeNodeRead& how) const;
 
     static ::ndk::ScopedAStatus notYetBuilt();
 

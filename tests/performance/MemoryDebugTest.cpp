@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "NodeRootFixture.h"
+#include "OperationNodes.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
@@ -30,71 +30,56 @@ class MemoryDebugTest : public NodeRootTest {
     }
 };
 
-using IntOp = std::function<::ndk::ScopedAStatus(Performance&, int32_t*)>;
+using testing::call;
+using testing::Debug;
+using testing::Error;
+using testing::OperationRow;
 
-struct SwitchCase {
-    const char* name;
-    IntOp op;
-    const char* node;
-    const char* written;
-    const char* failFormat;
-    const char* message;
+constexpr NodePair kKmallocSwitch = {"/proc/vyren_healthinfo/kmalloc_debug_enable",
+                                     "/proc/vyren_mem/memleak_detect/kmalloc_debug_enable"};
+constexpr NodePair kVmallocSwitch = {"/proc/vyren_healthinfo/vmalloc_debug_enable",
+                                     "/proc/vyren_mem/memleak_detect/vmalloc_debug_enable"};
+
+// A refused switch write goes unnoticed.
+const OperationRow kSwitchRows[] = {
+    {"enableKmallocDebug",
+     call(&Performance::enableKmallocDebug),
+     kKmallocSwitch,
+     testing::Kernels::kAll,
+     "stale",
+     "1",
+     {"0", {Debug("enable Kmalloc debug")}},
+     {"-1", {Error("Failed to enable {node} (2): No such file or directory")}},
+     testing::Outcome{"0", {Debug("enable Kmalloc debug")}}},
+    {"disableKmallocDebug",
+     call(&Performance::disableKmallocDebug),
+     kKmallocSwitch,
+     testing::Kernels::kAll,
+     "stale",
+     "0",
+     {"0", {Debug("disable Kmalloc debug")}},
+     {"-1", {Error("Failed to disable {node} (2): No such file or directory")}},
+     testing::Outcome{"0", {Debug("disable Kmalloc debug")}}},
+    {"enableVmallocDebug",
+     call(&Performance::enableVmallocDebug),
+     kVmallocSwitch,
+     testing::Kernels::kAll,
+     "stale",
+     "1",
+     {"0", {Debug("eable Vmalloc debug")}},
+     {"-1", {Error("Failed to eable {node} (2): No such file or directory")}},
+     testing::Outcome{"0", {Debug("eable Vmalloc debug")}}},
+    {"disableVmallocDebug",
+     call(&Performance::disableVmallocDebug),
+     kVmallocSwitch,
+     testing::Kernels::kAll,
+     "stale",
+     "0",
+     {"0", {Debug("disable Vmalloc debug")}},
+     {"-1", {Error("Failed to disable {node} (2): No such file or directory")}},
+     testing::Outcome{"0", {Debug("disable Vmalloc debug")}}},
 };
-
-const SwitchCase kSwitches[] = {
-    {"enableKmallocDebug", &Performance::enableKmallocDebug, "kmalloc_debug_enable", "1",
-     "Failed to enable %s (2): No such file or directory", "enable Kmalloc debug"},
-    {"disableKmallocDebug", &Performance::disableKmallocDebug, "kmalloc_debug_enable", "0",
-     "Failed to disable %s (2): No such file or directory", "disable Kmalloc debug"},
-    {"enableVmallocDebug", &Performance::enableVmallocDebug, "vmalloc_debug_enable", "1",
-     "Failed to eable %s (2): No such file or directory", "eable Vmalloc debug"},
-    {"disableVmallocDebug", &Performance::disableVmallocDebug, "vmalloc_debug_enable", "0",
-     "Failed to disable %s (2): No such file or directory", "disable Vmalloc debug"},
-};
-
-std::string format(const char* pattern, const std::string& path) {
-    std::string text = pattern;
-    return text.replace(text.find("%s"), 2, path);
-}
-
-TEST_F(MemoryDebugTest, SwitchesWriteOneDigitToTheNodeOfTheirTree) {
-    for (const auto& tree : kTrees) {
-        for (const auto& c : kSwitches) {
-            SCOPED_TRACE(std::string(tree.release) + " " + c.name);
-            const std::string node = std::string(tree.dir) + c.node;
-            writeNode(node, "stale contents");
-            auto service = serviceOn(tree);
-            int32_t result = 99;
-            ASSERT_TRUE(c.op(*service, &result).isOk());
-            EXPECT_EQ(result, 0);
-            EXPECT_EQ(readNode(node), c.written);
-            EXPECT_EQ(logs(), (std::vector<LogLine>{{kTag, ANDROID_LOG_DEBUG, c.message}}));
-            std::filesystem::remove_all(path("/proc"));
-        }
-    }
-}
-
-TEST_F(MemoryDebugTest, SwitchesReportMissingNodesAndIgnoreRefusedWrites) {
-    for (const auto& tree : kTrees) {
-        for (const auto& c : kSwitches) {
-            SCOPED_TRACE(std::string(tree.release) + " " + c.name);
-            const std::string node = std::string(tree.dir) + c.node;
-            auto service = serviceOn(tree);
-            int32_t result = 99;
-            ASSERT_TRUE(c.op(*service, &result).isOk());
-            EXPECT_EQ(result, -1);
-            EXPECT_EQ(logs(),
-                      (std::vector<LogLine>{{kTag, ANDROID_LOG_ERROR, format(c.failFormat, node)}}));
-
-            makeRefusingNode(node);
-            clearLogs();
-            ASSERT_TRUE(c.op(*service, &result).isOk());
-            EXPECT_EQ(result, 0);
-            EXPECT_EQ(logs(), (std::vector<LogLine>{{kTag, ANDROID_LOG_DEBUG, c.message}}));
-            std::filesystem::remove_all(path("/proc"));
-        }
-    }
-}
+INSTANTIATE_OPERATION_ROWS(LeakDetectionSwitches, kSwitchRows);
 
 using ValueOp = std::function<::ndk::ScopedAStatus(Performance&, int32_t, int32_t*)>;
 
