@@ -88,6 +88,8 @@ struct OperationRow {
 extern const char* const kKernelReleases[5];
 
 std::string RowName(const ::testing::TestParamInfo<OperationRow>& info);
+// Names a row in test output instead of dumping its bytes.
+void PrintTo(const OperationRow& row, std::ostream* os);
 
 }  // namespace aidl::vendor::vyren::hardware::performance::testing
 
