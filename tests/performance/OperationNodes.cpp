@@ -54,6 +54,14 @@ std::string testing::RowName(const ::testing::TestParamInfo<OperationRow>& info)
     return info.param.name;
 }
 
+OperationRow testing::Row(std::string name, Call call, const char* node, std::string content,
+                          std::optional<std::string> written, Outcome present, Outcome absent,
+                          std::optional<Outcome> refused) {
+    return {std::move(name),    std::move(call),    {node, node},
+            Kernels::kAll,      std::move(content), std::move(written),
+            std::move(present), std::move(absent),  std::move(refused)};
+}
+
 void testing::PrintTo(const OperationRow& row, std::ostream* os) {
     *os << row.name;
 }
