@@ -54,6 +54,18 @@ std::string testing::RowName(const ::testing::TestParamInfo<OperationRow>& info)
     return info.param.name;
 }
 
+OperationRow testing::Row(std::string name, Call call, const char* node, std::string content,
+                          std::optional<std::string> written, Outcome present, Outcome absent,
+                          std::optional<Outcome> refused) {
+    return {std::move(name),    std::move(call),    {node, node},
+            Kernels::kAll,      std::move(content), std::move(written),
+            std::move(present), std::move(absent),  std::move(refused)};
+}
+
+void testing::PrintTo(const OperationRow& row, std::ostream* os) {
+    *os << row.name;
+}
+
 }  // namespace aidl::vendor::vyren::hardware::performance
 
 namespace aidl::vendor::vyren::hardware::performance {
@@ -90,6 +102,14 @@ TEST_P(OperationNodesTest, NodePresent) {
         EXPECT_EQ(row.call(*service), row.present.result);
         EXPECT_EQ(readNode(node), row.written.value_or(row.content));
         EXPECT_EQ(logs(), substituted(row.present.logs, node, release));
+        if (!row.refused) return;
+
+        // The same node refusing every write.
+        std::filesystem::remove(path(node));
+        makeRefusingNode(node);
+        clearLogs();
+        EXPECT_EQ(row.call(*service), row.refused->result);
+        EXPECT_EQ(logs(), substituted(row.refused->logs, node, release));
     });
 }
 
@@ -102,19 +122,6 @@ TEST_P(OperationNodesTest, NodeAbsent) {
         clearLogs();
         EXPECT_EQ(row.call(*service), row.absent.result);
         EXPECT_EQ(logs(), substituted(row.absent.logs, node, release));
-    });
-}
-
-TEST_P(OperationNodesTest, NodeRefusingWrites) {
-    const OperationRow& row = GetParam();
-    if (!row.refused) GTEST_SKIP() << "the row has no refusing-node case";
-    forEachKernel(mRoot, row, [&](const std::string& release, const std::string& node) {
-        setKernel(release);
-        makeRefusingNode(node);
-        auto service = makeService();
-        clearLogs();
-        EXPECT_EQ(row.call(*service), row.refused->result);
-        EXPECT_EQ(logs(), substituted(row.refused->logs, node, release));
     });
 }
 

@@ -84,10 +84,20 @@ struct OperationRow {
     std::optional<Outcome> refused;
 };
 
+// A row whose node is the same on every kernel. A function rather than braces, so that a table
+// of rows stays compact.
+OperationRow Row(std::string name, Call call, const char* node, std::string content,
+                 std::optional<std::string> written, Outcome present, Outcome absent,
+                 std::optional<Outcome> refused = std::nullopt);
+// Written for a row whose call leaves its node as it was.
+inline constexpr std::nullopt_t kUnchanged = std::nullopt;
+
 // The releases the generic tests run on, older trees first.
 extern const char* const kKernelReleases[5];
 
 std::string RowName(const ::testing::TestParamInfo<OperationRow>& info);
+// Names a row in test output instead of dumping its bytes.
+void PrintTo(const OperationRow& row, std::ostream* os);
 
 }  // namespace aidl::vendor::vyren::hardware::performance::testing
 
