@@ -29,9 +29,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::delAcmPkgName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableDamonReclaim(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::disableMultiThreadOptimize(int32_t*) {
     return notYetBuilt();
 }
@@ -42,9 +39,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableDamonReclaim(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::enableMultiThreadOptimize(int32_t*) {
@@ -178,20 +172,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getschedlatency(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::hybridswap_memcg_para_read(int32_t, const std::string&,
-                                                             std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::hybridswap_memcg_para_write(int32_t, const std::string&,
-                                                              const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::hybridswap_zram_para_read(int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::hybridswap_zram_para_write(int32_t, const std::string&, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
     return notYetBuilt();
 }
@@ -274,9 +254,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readNandswapProc(const std::string&, std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readNormalizeRealTime(std::string*) {
     return notYetBuilt();
 }
@@ -339,19 +316,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::setAcmOpstat(int32_t, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::setDamonReclaimColdTime(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setDamonReclaimMonitoring(int32_t, int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setDamonReclaimQuota(int32_t, int32_t, int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setDamonReclaimWmarks(int32_t, int32_t, int32_t, int32_t,
-                                                        int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::setFgUids(const std::string&) {
     return notYetBuilt();
 }
@@ -407,10 +371,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeMonitorStatus(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeNandswapProc(const std::string&, const std::string&,
-                                                    int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeVyrenReserve3(int32_t, int32_t, const std::string&,

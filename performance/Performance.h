@@ -331,6 +331,20 @@ class Performance : public BnPerformance {
     // limit; or the failure text, logged as the read says, when the node cannot be opened.
     std::string readWholeNode(const char* path, const WholeNodeRead& how) const;
 
+    // Swap tuning. The hybrid-swap node of a global action, or "" for an action with none.
+    std::string hybridswapGlobalFile(int32_t action) const;
+    // The node of a per-group action in one memory cgroup, or "" when there is none.
+    void get_memcg_para_file(int32_t action, const std::string& cgroup, std::string* path) const;
+    // The same on the unified hierarchy.
+    void get_memcg_para_file_dfl(int32_t action, const std::string& cgroup, std::string* path) const;
+    // Writes value once, exactly; 0 when all of it was taken, else -1.
+    int hybridswapWrite(int32_t action, const std::string& path, const std::string& value);
+    // One read of at most 4095 bytes, or invalidText when there is no node to read.
+    std::string hybridswapRead(int32_t action, const std::string& path,
+                               const std::string& invalidText);
+    // Turns the DAMON reclaim module on or off.
+    int damonSwitch(bool on);
+
     static ::ndk::ScopedAStatus notYetBuilt();
 
     // Fixed at construction. Nodes and streams are opened and closed within the call that uses
