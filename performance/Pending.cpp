@@ -32,12 +32,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::disableDamonReclaim(int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableMultiThreadOptimize(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::disableProcessReclaim(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::disableTaskCpustats(int32_t*) {
     return notYetBuilt();
 }
@@ -47,19 +41,10 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::enableDamonReclaim(int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::enableMultiThreadOptimize(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableProcessReclaim(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::enableTaskCpustats(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::existMemMonitor(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::getAcmDirFlag(const std::string&, int64_t*) {
@@ -142,15 +127,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getKernelVersion(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getMemMonitor(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getPswapVersion(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string*) {
     return notYetBuilt();
 }
@@ -193,12 +169,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::perProcessMemReadahead(int32_t, int32_t, int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::perProcessMemReclaim(int32_t, int32_t, int32_t, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readCallStack(std::string*) {
@@ -361,9 +331,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::setImFlag(const std::string&, const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::setProcessReclaim(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::setSchedAssistImptTask(const std::string&) {
     return notYetBuilt();
 }
@@ -401,9 +368,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeMemMonitor(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeMonitorStatus(const std::string&, int32_t*) {
