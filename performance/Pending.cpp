@@ -32,16 +32,10 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::disableDamonReclaim(int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableTaskCpustats(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::enableDamonReclaim(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableTaskCpustats(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t*) {
@@ -186,22 +180,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readClmLowLoadGrp(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readCpuTaskstats(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readDBacktrace(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readDConvert(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readFgFreqsThreshold(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readIOBacktrace(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readIomonitorInfo(const std::string&, std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readJankCpuIndicator(std::string*) {
@@ -231,9 +210,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readJankVersion(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readLimitTable(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readMemoryByPids(
     const std::vector<int32_t>&, int32_t,
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
@@ -247,12 +223,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readNandswapProc(const std::string&, std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readNormalizeRealTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readNormalizeRunningTime(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t, int32_t, std::string*) {
     return notYetBuilt();
 }
@@ -260,44 +230,11 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readPidsSet(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readRealTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readRunningTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSchedInfoThreshold(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSgeFreqInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSgeInfo(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readStorageFeature(const std::string&, const std::string&,
                                                      const std::string&, std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readTargetProcess(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTaskCpustatsEnable(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTaskSchedInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTidsSet(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readUxTaskTrack(int32_t, int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readVersion(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t, int32_t) {
@@ -358,19 +295,10 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::writeClmLowLoadGrp(const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeDBacktrace(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeFgFreqsThreshold(const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeIOBacktrace(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeMonitorStatus(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeNandswapProc(const std::string&, const std::string&,
@@ -381,21 +309,9 @@ namespace aidl::vendor::vyren::hardware::performance {
                                                      int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writePidsSet(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeSchedInfoThreshold(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,
                                                       const std::string&, const std::string&,
                                                       int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTaskSchedInfo(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTidsSet(const std::string&) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeUxState(const std::string&, const std::string&,
