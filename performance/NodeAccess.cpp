@@ -108,7 +108,8 @@ int Performance::switchWrite(const char* path, bool on, const char* failFormat,
     std::unique_ptr<FILE, FileCloser> node(fopen(nodePath(path).c_str(), "we"));
     if (node == nullptr) {
         const int err = errno;
-        ALOGE(failFormat, path, err, strerror(err));
+        // Formats that end at the error text leave the version arguments unused.
+        ALOGE(failFormat, path, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
         return -1;
     }
     fputc(on ? '1' : '0', node.get());
@@ -118,7 +119,7 @@ int Performance::switchWrite(const char* path, bool on, const char* failFormat,
 }
 
 int Performance::valueWrite(const char* path, std::string_view text, WriteCheck check,
-                            const std::string& message) {
+                            const std::string& message, const char* writeFailFormat) {
     android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
@@ -130,7 +131,7 @@ int Performance::valueWrite(const char* path, std::string_view text, WriteCheck 
     const ssize_t written = write(fd, text.data(), text.size());
     const int err = errno;
     if (check == WriteCheck::kNotPositive ? written <= 0 : written < 0) {
-        ALOGE("Failed to write %s (%d): %s", path, err, strerror(err));
+        ALOGE(writeFailFormat, path, err, strerror(err));
     }
     if (!message.empty()) ALOGD("%s", message.c_str());
     return static_cast<int>(written);

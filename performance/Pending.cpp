@@ -29,31 +29,10 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::delAcmPkgName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableMultiThreadOptimize(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::disableProcessReclaim(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::disableTaskCpustats(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::enableMultiThreadOptimize(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableProcessReclaim(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableTaskCpustats(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::existMemMonitor(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::getAcmDirFlag(const std::string&, int64_t*) {
@@ -136,15 +115,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getKernelVersion(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getMemMonitor(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getPswapVersion(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string*) {
     return notYetBuilt();
 }
@@ -175,12 +145,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::perProcessMemReadahead(int32_t, int32_t, int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::perProcessMemReclaim(int32_t, int32_t, int32_t, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readCallStack(std::string*) {
     return notYetBuilt();
 }
@@ -196,22 +160,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readClmLowLoadGrp(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readCpuTaskstats(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readDBacktrace(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readDConvert(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readFgFreqsThreshold(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readIOBacktrace(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readIomonitorInfo(const std::string&, std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readJankCpuIndicator(std::string*) {
@@ -241,9 +190,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readJankVersion(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readLimitTable(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readMemoryByPids(
     const std::vector<int32_t>&, int32_t,
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
@@ -254,12 +200,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readNormalizeRealTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readNormalizeRunningTime(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t, int32_t, std::string*) {
     return notYetBuilt();
 }
@@ -267,44 +207,11 @@ namespace aidl::vendor::vyren::hardware::performance {
     ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readPidsSet(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readRealTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readRunningTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSchedInfoThreshold(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSgeFreqInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readSgeInfo(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readStorageFeature(const std::string&, const std::string&,
                                                      const std::string&, std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readTargetProcess(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTaskCpustatsEnable(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTaskSchedInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTidsSet(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readUxTaskTrack(int32_t, int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readVersion(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t, int32_t) {
@@ -323,9 +230,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setImFlag(const std::string&, const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setProcessReclaim(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setSchedAssistImptTask(const std::string&) {
@@ -355,43 +259,19 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::writeClmLowLoadGrp(const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeDBacktrace(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeFgFreqsThreshold(const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeIOBacktrace(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeMemMonitor(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeMonitorStatus(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeVyrenReserve3(int32_t, int32_t, const std::string&,
                                                      int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writePidsSet(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeSchedInfoThreshold(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,
                                                       const std::string&, const std::string&,
                                                       int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTaskSchedInfo(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTidsSet(const std::string&) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeUxState(const std::string&, const std::string&,

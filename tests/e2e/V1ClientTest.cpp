@@ -105,7 +105,7 @@ const std::vector<V1Case>& Cases() {
          false,
          nullptr,
          nullptr},
-        {{"getKernelVersion"}, IntResult(&IPerformance::getKernelVersion), false, nullptr, nullptr},
+        {{"getKernelVersion"}, IntResult(&IPerformance::getKernelVersion), true, nullptr, nullptr},
         {{"getKmallocDebug"},
          TextResult(&IPerformance::getKmallocDebug),
          true,

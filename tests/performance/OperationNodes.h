@@ -51,8 +51,9 @@ Call call(::ndk::ScopedAStatus (Performance::*op)(Params...), Args... args) {
     };
 }
 
-// Log lines under the service's tag. In a row's texts "{node}" stands for the node's device path
-// and "{version}" for the kernel's release, e.g. 5.4.233.
+// Log lines under the service's tag. In a row's results and texts "{node}" stands for the node's
+// device path, "{version}" for the kernel's release, e.g. 5.4.233, and "{kernel}" for its major
+// number times 100 plus its minor number, e.g. 504.
 LogLine Debug(std::string text);
 LogLine Info(std::string text);
 LogLine Error(std::string text);
