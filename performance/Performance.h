@@ -298,6 +298,12 @@ class Performance : public BnPerformance {
     // the node cannot be read.
     std::string readNode(const char* path, size_t size);
     std::string readNode(const ReportNode& report);
+    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to out.
+    // Returns false, with nothing logged, when the node cannot be opened.
+    bool readSmallNode(const std::string& path, std::string* out) const;
+    // Node read that, when fallback is not null and the first read yields less than one byte,
+    // reads the fallback node into the same buffer.
+    std::string readNode(const char* path, size_t size, const char* fallback);
 
     // How a line read opens its node: C mode "r", or "r+", which is open(O_RDWR) and so refuses
     // a node the service may only read.
