@@ -92,56 +92,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getF2fsMovedBlks(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getHIAllocWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHICpuInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHICpuLoading(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIDState(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIEmcdrvIowait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIFsyncWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIonWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIowait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIowaitHung(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIKswapdLoading(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHISchedLatency(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIScmCall(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIUfsFeature(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getKernelVersion(int32_t*) {
     return notYetBuilt();
 }
@@ -158,24 +108,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::getUfsplusTwStatus(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getallocwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getdstate(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getfsyncwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getionwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getiowait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getschedlatency(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::hybridswap_memcg_para_read(int32_t, const std::string&,
