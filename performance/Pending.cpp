@@ -83,15 +83,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getDevinfoUfsVersionInfo(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getExt4FragScore(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getExt4FreefragInfo(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getF2fsMovedBlks(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getKernelVersion(int32_t*) {
     return notYetBuilt();
 }

@@ -272,6 +272,12 @@ class Performance : public BnPerformance {
     // Reads the first 1023 bytes at most of the node at path into out.
     bool ReadFileToStringT(const std::string& path, std::string* out) const;
 
+    // The int at the start of the node at path, or 0 when the node cannot be read or holds none.
+    int GetMaxValueNode(const std::string& path) const;
+    // The f2fs device, among the entries of directory, whose garbage collection has moved the
+    // most blocks in the background; "" when there is none.
+    std::string GetDevName(const std::string& directory) const;
+
   private:
     // The node-access conventions shared by every subsystem.
 
