@@ -71,18 +71,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getAcmPkgFlag(const std::string&, int64_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getDdrResidency(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoUfsInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoDDRInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoUfsVersionInfo(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getKernelVersion(int32_t*) {
     return notYetBuilt();
 }
@@ -90,15 +78,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::getPswapVersion(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsplusHpbStatus(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsplusTwStatus(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::hybridswap_memcg_para_read(int32_t, const std::string&,
@@ -204,9 +183,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readNormalizeRunningTime(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t, int32_t, std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readQuilbexVersion(
@@ -334,10 +310,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 }
 ::ndk::ScopedAStatus Performance::writeNandswapProc(const std::string&, const std::string&,
                                                     int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeVyrenReserve3(int32_t, int32_t, const std::string&,
-                                                     int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writePidsSet(const std::string&) {

@@ -343,6 +343,10 @@ class Performance : public BnPerformance {
     // limit; or the failure text, logged as the read says, when the node cannot be opened.
     std::string readWholeNode(const char* path, const WholeNodeRead& how) const;
 
+    // Device information: the value of a UFS status line, and the reserve partition to open.
+    int32_t ufsplusStatus(const char* key) const;
+    const char* reservePartition() const;
+
     static ::ndk::ScopedAStatus notYetBuilt();
 
     // Fixed at construction. Nodes and streams are opened and closed within the call that uses
