@@ -43,10 +43,9 @@ bool isF2fsDataDevice(const char* name) {
 int32_t movedBlocks(const Performance& service, const std::string& prefix, const char* node) {
     std::string text;
     int32_t value = 0;
-    if (!service.ReadFileToStringT(prefix + "/" + node, &text) ||
-        !android::base::ParseInt(android::base::Trim(text), &value)) {
-        return 0;
-    }
+    if (!service.ReadFileToStringT(prefix + "/" + node, &text)) return 0;
+    text = android::base::Trim(text);
+    if (!android::base::ParseInt(text, &value)) return 0;
     ALOGI("ScopedAStatus:%s:buf = %s tmp = %d", node, text.c_str(), value);
     return value;
 }
