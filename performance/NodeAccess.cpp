@@ -80,16 +80,10 @@ int Performance::readInterface(const char* path, int offset, void* buf, int size
 
 bool Performance::ReadFileToStringT(const std::string& path, std::string* out) const {
     out->clear();
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
-    if (fd < 0) {
+    if (!readSmallNode(path, out)) {
         ALOGI("get fd of ReadFileToStringT failed!");
         return false;
     }
-    char buffer[kSmallNodeBuffer] = {};
-    // One read only: a longer node is cut at 1023 bytes.
-    (void)read(fd, buffer, sizeof(buffer));
-    buffer[sizeof(buffer) - 1] = '\0';
-    out->append(buffer);
     return true;
 }
 
@@ -138,10 +132,7 @@ int Performance::valueWrite(const char* path, std::string_view text, WriteCheck 
 }
 
 std::string Performance::readNode(const char* path, size_t size) {
-    std::vector<char> buffer(size, '\0');
-    (void)readInterface(path, 0, buffer.data(), static_cast<int>(size));
-    // A node that fills the whole buffer leaves no terminator.
-    return std::string(buffer.data(), strnlen(buffer.data(), size));
+    return readNode(path, size, nullptr);
 }
 
 std::string Performance::readNode(const ReportNode& report) {
@@ -204,6 +195,28 @@ std::string Performance::readWholeNode(const char* path, const WholeNodeRead& ho
             break;
     }
     return how.failureText;
+}
+
+std::string Performance::readNode(const char* path, size_t size, const char* fallback) {
+    std::vector<char> buffer(size, '\0');
+    const int count = readInterface(path, 0, buffer.data(), static_cast<int>(size));
+    // The fallback overwrites the start of whatever a failed first read left.
+    if (count < 1 && fallback != nullptr) {
+        (void)readInterface(fallback, 0, buffer.data(), static_cast<int>(size));
+    }
+    // A node that fills the whole buffer leaves no terminator.
+    return std::string(buffer.data(), strnlen(buffer.data(), size));
+}
+
+bool Performance::readSmallNode(const std::string& path, std::string* out) const {
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd < 0) return false;
+    char buffer[kSmallNodeBuffer] = {};
+    // One read only: a longer node is cut at 1023 bytes.
+    (void)read(fd, buffer, sizeof(buffer));
+    buffer[sizeof(buffer) - 1] = '\0';
+    out->append(buffer);
+    return true;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

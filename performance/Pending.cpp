@@ -44,104 +44,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getAcmPkgFlag(const std::string&, int64_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::getDdrResidency(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoUfsInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoDDRInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getDevinfoUfsVersionInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getExt4FragScore(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getExt4FreefragInfo(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getF2fsMovedBlks(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIAllocWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHICpuInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHICpuLoading(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIDState(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIEmcdrvIowait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIFsyncWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIonWait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIowait(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIIowaitHung(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIKswapdLoading(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHISchedLatency(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIScmCall(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getHIUfsFeature(
-    ::aidl::vendor::vyren::hardware::performance::ProcReqHal*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsplusHpbStatus(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getUfsplusTwStatus(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getallocwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getdstate(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getfsyncwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getionwait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getiowait(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getschedlatency(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
     return notYetBuilt();
 }
@@ -198,9 +100,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readMemoryByUids(
     const std::vector<int32_t>&, int32_t,
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t, int32_t, std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readQuilbexVersion(
@@ -263,10 +162,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeVyrenReserve3(int32_t, int32_t, const std::string&,
-                                                     int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,

@@ -272,6 +272,12 @@ class Performance : public BnPerformance {
     // Reads the first 1023 bytes at most of the node at path into out.
     bool ReadFileToStringT(const std::string& path, std::string* out) const;
 
+    // The int at the start of the node at path, or 0 when the node cannot be read or holds none.
+    int GetMaxValueNode(const std::string& path) const;
+    // The f2fs device, among the entries of directory, whose garbage collection has moved the
+    // most blocks in the background; "" when there is none.
+    std::string GetDevName(const std::string& directory) const;
+
   private:
     // The node-access conventions shared by every subsystem.
 
@@ -301,6 +307,12 @@ class Performance : public BnPerformance {
     // the node cannot be read.
     std::string readNode(const char* path, size_t size);
     std::string readNode(const ReportNode& report);
+    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to out.
+    // Returns false, with nothing logged, when the node cannot be opened.
+    bool readSmallNode(const std::string& path, std::string* out) const;
+    // Node read that, when fallback is not null and the first read yields less than one byte,
+    // reads the fallback node into the same buffer.
+    std::string readNode(const char* path, size_t size, const char* fallback);
 
   public:
     // How a whole-node read goes: public, so that feature units can keep it in constexpr tables.
@@ -355,6 +367,9 @@ class Performance : public BnPerformance {
                                const std::string& invalidText);
     // Turns the DAMON reclaim module on or off.
     int damonSwitch(bool on);
+    // Device information: the value of a UFS status line, and the reserve partition to open.
+    int32_t ufsplusStatus(const char* key) const;
+    const char* reservePartition() const;
 
     static ::ndk::ScopedAStatus notYetBuilt();
 

@@ -109,7 +109,7 @@ TEST_F(DaemonTest, PerfctlPrintsReportsAsTheirExactBytes) {
 }
 
 TEST_F(DaemonTest, PerfctlReportsAnUnbuiltOperationOnOneLine) {
-    const RunResult result = perfctl({"getDdrResidency"});
+    const RunResult result = perfctl({"getAcmOpstat"});
     EXPECT_TRUE(result.exitedWith(1)) << result.describe();
     EXPECT_EQ(result.out, "");
     ASSERT_FALSE(result.err.empty());
@@ -208,8 +208,8 @@ TEST_F(DaemonTest, ProxyGetsFailureValuesAndExceptions) {
     EXPECT_EQ(result, -2);
 
     // Operations not built answer an exception.
-    std::string text;
-    ndk::ScopedAStatus status = mService->getDdrResidency(&text);
+    int32_t opstat = 0;
+    ndk::ScopedAStatus status = mService->getAcmOpstat(&opstat);
     EXPECT_EQ(status.getExceptionCode(), EX_UNSUPPORTED_OPERATION) << status.getDescription();
     performance::TaskWakeInfo wake;
     status = mService->getWakeThreadsAffinityOrdered(kWakeHandle, 2, &wake);

@@ -98,11 +98,19 @@ const std::vector<V1Case>& Cases() {
          "vmalloc_debug_enable",
          "1"},
         {{"getHIAllocWait"},
-         [](IPerformance& s, std::string*) {
+         [](IPerformance& s, std::string* out) {
              ::aidl::vendor::vyren::hardware::performance::ProcReqHal record;
-             return s.getHIAllocWait(&record);
+             ndk::ScopedAStatus status = s.getHIAllocWait(&record);
+             std::vector<std::string> items;
+             for (const auto& item : record.items) {
+                 items.push_back(R"({"key":")" + item.key + R"(","separator":")" + item.separator +
+                                 R"(","flag":)" + std::to_string(item.flag) + "}");
+             }
+             *out = R"({"path":")" + record.path + R"(","items":[)" +
+                    android::base::Join(items, ',') + "]}\n";
+             return status;
          },
-         false,
+         true,
          nullptr,
          nullptr},
         {{"getKernelVersion"}, IntResult(&IPerformance::getKernelVersion), true, nullptr, nullptr},
@@ -124,7 +132,7 @@ const std::vector<V1Case>& Cases() {
          "vmalloc_hash_cal",
          nullptr},
         {{"getVmallocUsed"}, TextResult(&IPerformance::getVmallocUsed), true, "vmalloc_used", nullptr},
-        {{"getallocwait"}, TextResult(&IPerformance::getallocwait), false, nullptr, nullptr},
+        {{"getallocwait"}, TextResult(&IPerformance::getallocwait), true, nullptr, nullptr},
         {{"readKmallocDebugCreate"},
          TextResult(&IPerformance::readKmallocDebugCreate),
          true,
