@@ -201,21 +201,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::perProcessMemReclaim(int32_t, int32_t, int32_t, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readCallStack(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmEnable(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmHighLoadAll(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmHighLoadGrp(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmLowLoadGrp(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readCpuTaskstats(std::string*) {
     return notYetBuilt();
 }
@@ -225,40 +210,16 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readDConvert(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readFgFreqsThreshold(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readIOBacktrace(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readIomonitorInfo(const std::string&, std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readJankCpuIndicator(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuInfoSig(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad32(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad32Scale(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readJankTaskTrack(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readJankTaskTrackByPid(int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankVersion(std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readLimitTable(std::string*) {
@@ -379,22 +340,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::setTpdSerialParams(const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeClmEnable(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmHighLoadAll(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmHighLoadGrp(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmLowLoadGrp(const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeDBacktrace(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeFgFreqsThreshold(const std::string&) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeIOBacktrace(const std::string&) {
@@ -473,18 +419,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readTmemoryIoLatency(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getClmThreshold(int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getClmMuxSwitch(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setClmThreshold(const std::string&, int32_t) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setClmMuxSwitch(const std::string&) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setWakeSeedThread(const std::string&, bool, bool, int32_t*) {
