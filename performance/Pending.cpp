@@ -14,12 +14,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::addAcmPkgName(const std::string&, int64_t, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::addTaskTrackPid(int32_t, int32_t, bool, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::clearTaskTrackGroup(int32_t) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::delAcmDirName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
@@ -192,9 +186,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::hybridswap_zram_para_write(int32_t, const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::perProcessMemReadahead(int32_t, int32_t, int32_t, int32_t*) {
     return notYetBuilt();
 }
@@ -214,12 +205,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readIomonitorInfo(const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankTaskTrack(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankTaskTrackByPid(int32_t, std::string*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readLimitTable(std::string*) {
@@ -285,13 +270,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readTidsSet(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readUxTaskTrack(int32_t, int32_t, std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readVersion(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t, int32_t) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::searchAcmNomediaDirName(const std::string&, int32_t*) {
@@ -344,9 +323,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeIOBacktrace(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeMemMonitor(const std::string&, int32_t*) {
