@@ -114,21 +114,14 @@ int Performance::switchWrite(const char* path, bool on, const char* failFormat,
 
 int Performance::valueWrite(const char* path, std::string_view text, WriteCheck check,
                             const std::string& message, const char* writeFailFormat) {
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
-    if (fd < 0) {
-        const int err = errno;
-        ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
-        return -2;
-    }
-    // A write of nothing leaves errno alone; start from 0 so its report is not stale.
-    errno = 0;
-    const ssize_t written = write(fd, text.data(), text.size());
+    const int written = writeOnce(path, text, nullptr);
+    if (written == -2) return -2;
     const int err = errno;
     if (check == WriteCheck::kNotPositive ? written <= 0 : written < 0) {
         ALOGE(writeFailFormat, path, err, strerror(err));
     }
     if (!message.empty()) ALOGD("%s", message.c_str());
-    return static_cast<int>(written);
+    return written;
 }
 
 std::string Performance::readNode(const char* path, size_t size) {
@@ -217,6 +210,25 @@ bool Performance::readSmallNode(const std::string& path, std::string* out) const
     buffer[sizeof(buffer) - 1] = '\0';
     out->append(buffer);
     return true;
+}
+
+int Performance::writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat) {
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    if (fd < 0) {
+        const int err = errno;
+        ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
+        return -2;
+    }
+    // A write of nothing leaves errno alone; start from 0 so its report is not stale.
+    errno = 0;
+    const ssize_t written = write(fd, bytes.data(), bytes.size());
+    const int err = errno;
+    if (written < 0 && writeFailFormat != nullptr) {
+        ALOGE(writeFailFormat, path, err, strerror(err));
+    }
+    // Closing keeps errno, which is the write's again after the log.
+    errno = err;
+    return static_cast<int>(written);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

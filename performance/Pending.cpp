@@ -14,12 +14,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::addAcmPkgName(const std::string&, int64_t, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::addTaskTrackPid(int32_t, int32_t, bool, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::clearTaskTrackGroup(int32_t) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::delAcmDirName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
@@ -44,54 +38,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::getAcmPkgFlag(const std::string&, int64_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readCallStack(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmEnable(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmHighLoadAll(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmHighLoadGrp(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readClmLowLoadGrp(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readFgFreqsThreshold(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuIndicator(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuInfo(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuInfoSig(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad32(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankCpuLoad32Scale(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankTaskTrack(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankTaskTrackByPid(int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readJankVersion(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readMemoryByPids(
     const std::vector<int32_t>&, int32_t,
     ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
@@ -108,12 +54,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 }
 ::ndk::ScopedAStatus Performance::readStorageFeature(const std::string&, const std::string&,
                                                      const std::string&, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readUxTaskTrack(int32_t, int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t, int32_t) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::searchAcmNomediaDirName(const std::string&, int32_t*) {
@@ -144,24 +84,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setTpdSerialParams(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmEnable(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmHighLoadAll(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmHighLoadGrp(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeClmLowLoadGrp(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeFgFreqsThreshold(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,
@@ -208,18 +130,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readTmemoryIoLatency(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getClmThreshold(int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getClmMuxSwitch(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setClmThreshold(const std::string&, int32_t) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setClmMuxSwitch(const std::string&) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setWakeSeedThread(const std::string&, bool, bool, int32_t*) {

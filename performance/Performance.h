@@ -278,57 +278,11 @@ class Performance : public BnPerformance {
     // most blocks in the background; "" when there is none.
     std::string GetDevName(const std::string& directory) const;
 
-  private:
-    // The node-access conventions shared by every subsystem.
-
-    // Where a device node lives in this service's view of the file system.
-    std::string nodePath(std::string_view path) const;
-    // Kernel 5.10 and later publish the vendor memory nodes in their newer tree.
-    bool usesNewNodeTree() const;
-    const char* choose(const NodePair& node) const;
-
-    // Switch write: writes "1" (on) or "0" (off) with no newline through a "w" stream. Returns 0,
-    // or -1 with failFormat (path, errno, error text) logged when the node cannot be opened. A
-    // refused write is not noticed. failFormat may go on to the kernel version (major, minor,
-    // patch).
-    int switchWrite(const char* path, bool on, const char* failFormat, const char* message);
-
-    // When a value write counts as failed and is logged.
-    enum class WriteCheck { kNotPositive, kNegative };
-    // Value write: writes text once, with no newline, to the node opened write-only. Returns the
-    // write's own result (bytes written, or -1), or -2 when the node cannot be opened. message,
-    // when not empty, is logged at DEBUG after the write. A failed write logs writeFailFormat
-    // (path, errno, error text).
-    int valueWrite(const char* path, std::string_view text, WriteCheck check,
-                   const std::string& message,
-                   const char* writeFailFormat = "Failed to write %s (%d): %s");
-
-    // Node read: the node's text, up to its first NUL and never more than size bytes; empty when
-    // the node cannot be read.
-    std::string readNode(const char* path, size_t size);
-    std::string readNode(const ReportNode& report);
-    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to out.
-    // Returns false, with nothing logged, when the node cannot be opened.
-    bool readSmallNode(const std::string& path, std::string* out) const;
-    // Node read that, when fallback is not null and the first read yields less than one byte,
-    // reads the fallback node into the same buffer.
-    std::string readNode(const char* path, size_t size, const char* fallback);
-
-  public:
-    // How a whole-node read goes: public, so that feature units can keep it in constexpr tables.
+    // Line reads as the feature tables describe them; see forEachLine and readWholeNode.
 
     // How a line read opens its node: C mode "r", or "r+", which is open(O_RDWR) and so refuses
     // a node the service may only read.
     enum class LineOpen { kRead, kReadWrite };
-
-  private:
-    // Calls onLine with each line of the node, without its newline; a last line with no newline
-    // is a line too. A read error ends the lines early. Returns false, with errno from the open,
-    // when the node cannot be opened.
-    bool forEachLine(const char* path, LineOpen mode,
-                     const std::function<void(std::string_view)>& onLine) const;
-
-  public:
     // What a whole-node read logs when its node cannot be opened: the format's arguments.
     enum class OpenFailureLog {
         kNone,
@@ -350,6 +304,53 @@ class Performance : public BnPerformance {
     };
 
   private:
+    // The node-access conventions shared by every subsystem.
+
+    // Where a device node lives in this service's view of the file system.
+    std::string nodePath(std::string_view path) const;
+    // Kernel 5.10 and later publish the vendor memory nodes in their newer tree.
+    bool usesNewNodeTree() const;
+    const char* choose(const NodePair& node) const;
+
+    // Switch write: writes "1" (on) or "0" (off) with no newline through a "w" stream. Returns 0,
+    // or -1 with failFormat (path, errno, error text) logged when the node cannot be opened. A
+    // refused write is not noticed. failFormat may go on to the kernel version (major, minor,
+    // patch).
+    int switchWrite(const char* path, bool on, const char* failFormat, const char* message);
+
+    // Node write: writes bytes once, as they stand, to the node opened write-only (no create, no
+    // truncate). Returns the write's own result, or -2, with ERROR "Failed to open %s (%d): %s"
+    // (path, errno, error text) logged, when the node cannot be opened. A write of -1 is logged at
+    // ERROR with writeFailFormat (path, errno, error text) when it is not null; errno stays that
+    // of the write for a caller with a message of its own.
+    int writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat);
+
+    // When a value write counts as failed and is logged.
+    enum class WriteCheck { kNotPositive, kNegative };
+    // Value write: writes text once, with no newline, to the node opened write-only. Returns the
+    // write's own result (bytes written, or -1), or -2 when the node cannot be opened. message,
+    // when not empty, is logged at DEBUG after the write. A failed write logs writeFailFormat
+    // (path, errno, error text).
+    int valueWrite(const char* path, std::string_view text, WriteCheck check,
+                   const std::string& message,
+                   const char* writeFailFormat = "Failed to write %s (%d): %s");
+
+    // Node read: the node's text, up to its first NUL and never more than size bytes; empty when
+    // the node cannot be read.
+    std::string readNode(const char* path, size_t size);
+    std::string readNode(const ReportNode& report);
+    // Node read that, when fallback is not null and the first read yields less than one byte,
+    // reads the fallback node into the same buffer.
+    std::string readNode(const char* path, size_t size, const char* fallback);
+    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to out.
+    // Returns false, with nothing logged, when the node cannot be opened.
+    bool readSmallNode(const std::string& path, std::string* out) const;
+
+    // Calls onLine with each line of the node, without its newline; a last line with no newline
+    // is a line too. A read error ends the lines early. Returns false, with errno from the open,
+    // when the node cannot be opened.
+    bool forEachLine(const char* path, LineOpen mode,
+                     const std::function<void(std::string_view)>& onLine) const;
     // Whole-node read: the prefix, then every line followed by the terminator, with no size
     // limit; or the failure text, logged as the read says, when the node cannot be opened.
     std::string readWholeNode(const char* path, const WholeNodeRead& how) const;

@@ -1,0 +1,257 @@
+// The jank monitor: its readers and CLM writers as operation-nodes rows, and task tracking as
+// call sequences against the task_track node.
+
+#include <android-base/properties.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "OperationNodes.h"
+#include "ProcessTables.h"
+
+#define JANK "/proc/jank_info/cpu_jank_info/"
+// An operation's name and its call with the given arguments.
+#define OP(op, ...) #op, call(&Performance::op, ##__VA_ARGS__)
+// A CLM node's reader and writer.
+#define CLM(read, write, node) reader(OP(read), JANK node), writer(OP(write, kValue), JANK node)
+
+namespace aidl::vendor::vyren::hardware::performance {
+namespace {
+
+using testing::call;
+using testing::Call;
+using testing::Error;
+using testing::Info;
+using testing::Outcome;
+using Table = std::map<TaskGroup, std::vector<int32_t>>;
+
+constexpr char kOpenError[] = "NULL, OPEN FILE ERROR...";
+constexpr char kTrack[] = JANK "task_track";
+constexpr char kNoReport[] = "cannot access task track path";
+const std::string kValue = "90";
+const LogLine kNoNode = Error("Failed to open {node} (2): No such file or directory");
+const LogLine kNoPath = Error("Failed to open  (2): No such file or directory");
+const LogLine kQxtr =
+    Error("DEBUG QXTR: open jank file {node} : {node} failed, No such file or directory");
+
+testing::OperationRow row(const char* name, Call c, const char* node, const char* content,
+                          Outcome present, Outcome absent) {
+    return {name,    c,      {node, node}, testing::Kernels::kAll, content, std::nullopt,
+            present, absent, std::nullopt};
+}
+// A last line without its newline is read with one.
+testing::OperationRow reader(const char* name, Call c, const char* node,
+                             std::vector<LogLine> absent = {}) {
+    return row(name, c, node, "10 20\n30", {"10 20\n30\n", {}}, {kOpenError, absent});
+}
+// A write does not truncate the node; a refused one is logged in the words of a failed open.
+testing::OperationRow writer(const char* name, Call c, const char* node) {
+    auto r = row(name, c, node, "85\n", {"", {}}, {"", {kNoNode}});
+    r.written = "90\n";
+    r.refused = Outcome{"", {Error("Failed to open {node} (28): No space left on device")}};
+    return r;
+}
+
+// Idle lines are dropped and sleeping ones shortened in a one-task summary.
+constexpr char kReport[] =
+    "x\nPID: 120 (a)\n0 0 0 0 0 0 0 0\n0 0 128 0 0 0 0 0 9\nPID: 13 (b)\n3\n"
+    "PID: 12 (c)\n5";
+constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
+
+// clang-format off
+const testing::OperationRow kRows[] = {
+    reader(OP(readJankCpuInfo), JANK "cpu_info"), reader(OP(readCallStack), JANK "callstack"),
+    reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
+    reader(OP(readJankCpuLoad32), JANK "cpu_load32", {kQxtr}),
+    reader(OP(readJankCpuInfoSig), JANK "cpu_info_sig"),
+    reader(OP(readJankCpuLoad32Scale), JANK "cpu_load32_scale"),
+    reader(OP(readJankCpuIndicator), JANK "load_indicator"),
+    row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
+        {"cannot access jank version", {}}),
+    CLM(readClmEnable, writeClmEnable, "clm_enable"),
+    CLM(readFgFreqsThreshold, writeFgFreqsThreshold, "fg_freqs_threshold"),
+    CLM(readClmHighLoadAll, writeClmHighLoadAll, "clm_highload_all"),
+    CLM(readClmHighLoadGrp, writeClmHighLoadGrp, "clm_highload_grp"),
+    CLM(readClmLowLoadGrp, writeClmLowLoadGrp, "clm_lowload_grp"),
+    CLM(getClmMuxSwitch, setClmMuxSwitch, "clm_mux_switch"),
+    reader("getClmThreshold0", call(&Performance::getClmThreshold, 0), JANK "bg_dstat_percent"),
+    writer("setClmThreshold0", call(&Performance::setClmThreshold, kValue, 0),
+           JANK "bg_dstat_percent"),
+    reader("getClmThreshold1", call(&Performance::getClmThreshold, 1), JANK "clm_report_threshold"),
+    writer("setClmThreshold1", call(&Performance::setClmThreshold, kValue, 1),
+           JANK "clm_report_threshold"),
+    // Another selector names no node; an empty value is a write of nothing, which is no failure.
+    row("getClmThreshold2", call(&Performance::getClmThreshold, 2), JANK "bg_dstat_percent",
+        "30\n", {kOpenError, {}}, {kOpenError, {}}),
+    row("setClmThreshold2", call(&Performance::setClmThreshold, kValue, -1),
+        JANK "bg_dstat_percent", "30\n", {"", {kNoPath}}, {"", {kNoPath}}),
+    row("writeClmEmpty", call(&Performance::writeClmHighLoadAll, std::string()),
+        JANK "clm_highload_all", "85\n", {"", {}}, {"", {kNoNode}}),
+    row(OP(readJankTaskTrack), kTrack, kReport, {std::string("Task-data:x;") + kSection120 +
+        "PID: 13 (b);3;PID: 12 (c);5;", {}}, {kOpenError, {}}),
+    row(OP(readJankTaskTrackByPid, 12), kTrack, kReport,
+        {"Task-data:PID: 120 (a);sleep;PID: 12 (c);5;", {}}, {kNoReport, {}}),
+    row(OP(readUxTaskTrack, 13, 120), kTrack, kReport,
+        {std::string("Task-data:") + kSection120 + "PID: 13 (b);3;", {}}, {kNoReport, {}}),
+    row(OP(isJankTaskTrackEnable), JANK "task_track_enable", "1\n", {"1", {}}, {"0", {kNoNode}}),
+};
+// clang-format on
+INSTANTIATE_OPERATION_ROWS(JankNodes, kRows);
+
+using JankVersionTest = NodeRootTest;
+
+TEST_F(JankVersionTest, KeepsTheFirstNonEmptyLine) {
+    auto service = makeService("5.15.94");
+    const std::pair<const char*, const char*> kReads[] = {{nullptr, "cannot access jank version"},
+                                                          {"\nv3\n", ""},
+                                                          {"v3.2\n", "v3.2"},
+                                                          {"v4\n", "v3.2"}};
+    std::string version;
+    for (const auto& [content, expected] : kReads) {
+        if (content != nullptr) writeNode(JANK "version", content);
+        ASSERT_TRUE(service->readJankVersion(&version).isOk());
+        EXPECT_EQ(version, expected);
+    }
+}
+
+Call add(int32_t group, int32_t pid, bool clear = false) {
+    return call(&Performance::addTaskTrackPid, group, pid, clear);
+}
+Call remove(int32_t group, int32_t pid) {
+    return call(&Performance::removeTaskTrackPid, group, pid);
+}
+Call clear(int32_t group) {
+    return call(&Performance::clearTaskTrackGroup, group);
+}
+Call enable(bool on) {
+    return call(&Performance::writeJankTaskTrackEnable, on);
+}
+LogLine removing(int32_t group, int32_t pid) {
+    return Error("jank enter removeTaskTrackPid with group:" + std::to_string(group) +
+                 " pid:" + std::to_string(pid));
+}
+LogLine refused(const std::string& command) {
+    return Error("Failed to write (" + command + ") to " + kTrack +
+                 " (28): No space left on device");
+}
+
+struct Step {
+    Call call;
+    std::string written;  // to task_track; "" for nothing
+    std::string result;
+};
+struct Sequence {
+    const char* name;
+    std::optional<std::string> report;  // nullopt: a task_track node that refuses every write
+    bool enabled;
+    bool debug;
+    Table before;
+    std::vector<Step> steps;
+    Table after;
+    std::vector<LogLine> logs;
+};
+
+const TaskGroup g1 = TaskGroup::GROUP_1, g2 = TaskGroup::GROUP_2, g3 = TaskGroup::GROUP_3;
+const std::string kAlive = "PID: 101 (a)\nPID: 102 (b)\n1 2\nPID: 103 (c)\nPID: 104 (d)\n";
+const Table kFull = {{g1, {101, 102}}, {g2, {103}}, {g3, {104}}};
+const LogLine kFullLog = Error("Cannot add more task, current size 4 for 105");
+
+// clang-format off
+const Sequence kSequences[] = {
+    {"Arguments", "", true, false, {{g2, {1234}}},
+     {{add(6, 1234), "", "-1"}, {add(-1, 1234), "", "-1"}, {add(1, 99), "", "-1"},
+      {add(1, 100), "100", "0"}, {add(2, 1234), "", "0"}, {add(3, 1234), "1234", "0"}},
+     {{g1, {100}}, {g2, {1234}}, {g3, {1234}}}, {}},
+    {"Debug", "", true, true, {{g1, {1234, 5678}}},
+     {{add(3, 999), "999", "0"}, {add(6, 999), "", "-1"}, {remove(1, 99), "", ""},
+      {clear(1), "-1234 -5678", ""}}, {{g1, {}}, {g3, {999}}},
+     {Info("jank enter addTaskTrackPid with group:3 pid:999 clear:0"),
+      Info("Jank task map: 1 1234 5678 | "), Info("Success add jank task (999)"),
+      Info("Jank task map: 1 1234 5678 | 3 999 | "),
+      Info("jank enter addTaskTrackPid with group:6 pid:999 clear:0"),
+      Info("Jank task map: 1 1234 5678 | 3 999 | "), Info("Invalid group (6)"), removing(1, 99),
+      Info("Invalid pid (99), Minimum is (100)"), Info("Success clear jank group (-1234 -5678)")}},
+    // Remove and clear work whatever the switch; only adds need it.
+    {"Switch", "", false, false, {{g2, {1234, 5678}}},
+     {{add(1, 1234), "", "-1"}, {clear(2), "-1234 -5678", ""}, {enable(true), "", ""},
+      {add(2, 4321), "4321", "0"}, {enable(false), "", ""}, {add(2, 4321), "", "-1"}}, {}, {}},
+    {"FullAndAlive", kAlive, true, false, kFull, {{add(3, 105), "", "0"}}, kFull, {kFullLog}},
+    // The add that prunes is still refused; the places it frees go to the next one.
+    {"FullWithDeadPids", "PID: 101 (a)\n1 2\nPID: 1030 (c)\n", true, false, kFull,
+     {{add(3, 105), "", "0"}, {add(3, 105), "105", "0"}}, {{g1, {101}}, {g2, {}}, {g3, {105}}},
+     {kFullLog}},
+    {"ClearMode", kAlive, true, false, {{g1, {101}}, {g2, {1234, 5678, 104}}},
+     {{add(2, 4321, true), "-1234 -5678 -104 4321", "0"}, {add(2, 5678), "5678", "0"},
+      {add(2, 5678, true), "-4321", "0"}, {add(2, 5678, true), "", "0"}},
+     {{g1, {101}}, {g2, {5678}}}, {}},
+    {"RemoveAndClear", "", true, false, {{g1, {300, 400}}, {g3, {1234, 5678}}},
+     {{remove(1, 300), "-\x2C", ""}, {remove(1, 300), "", ""}, {remove(6, 400), "", ""},
+      {clear(3), "-1234 -5678", ""}, {clear(3), "", ""}},
+     {{g1, {400}}, {g3, {}}}, {removing(1, 300), removing(1, 300), removing(6, 400)}},
+    {"Refused", std::nullopt, true, false, {{g1, {300}}, {g2, {5678}}},
+     {{add(3, 2000), "", "0"}, {remove(1, 300), "", ""}, {clear(2), "", ""}},
+     {{g1, {300}}, {g2, {5678}}},
+     {refused("2000"), removing(1, 300), refused("-,"), refused("-5678")}},
+};
+// clang-format on
+
+class TaskTrackTest : public NodeRootTest {
+  protected:
+    // The debug flag comes from the property when the service is made.
+    std::shared_ptr<Performance> start(const Table& table, bool enabled, bool debug) {
+        android::base::SetProperty("persist.sys.assert.panic", debug ? "true" : "false");
+        writeNode(JANK "task_track_enable", "0");
+        auto service = makeService("5.15.94");
+        enable(enabled)(*service);
+        std::lock_guard<std::mutex> lock(gTaskTrackLock);
+        gTaskTrackTable = table;
+        clearLogs();
+        return service;
+    }
+};
+
+TEST_F(TaskTrackTest, CallSequences) {
+    for (const auto& sequence : kSequences) {
+        SCOPED_TRACE(sequence.name);
+        std::filesystem::remove_all(path(kTrack));
+        if (!sequence.report) makeRefusingNode(kTrack);
+        auto service = start(sequence.before, sequence.enabled, sequence.debug);
+        for (const auto& step : sequence.steps) {
+            if (sequence.report) writeNode(kTrack, *sequence.report);
+            EXPECT_EQ(step.call(*service), step.result);
+            if (!sequence.report) continue;
+            // A command overwrites the start of the node, as a plain file models it.
+            const std::string& report = *sequence.report;
+            EXPECT_EQ(readNode(kTrack),
+                      step.written + report.substr(std::min(step.written.size(), report.size())));
+        }
+        std::lock_guard<std::mutex> lock(gTaskTrackLock);
+        EXPECT_EQ(gTaskTrackTable, sequence.after);
+        EXPECT_EQ(logs(), sequence.logs);
+    }
+}
+
+TEST_F(TaskTrackTest, ConcurrentAddRemoveClear) {
+    writeNode(kTrack, kAlive);
+    auto service = start({}, true, false);
+    std::vector<std::thread> threads;
+    for (int32_t t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int32_t i = 0; i < 300; ++i) {
+                // Groups -1 to 6 and pids 98 to 105: some of each are invalid.
+                const int32_t group = (i + t) % 8 - 1, pid = 98 + (i * 3 + t) % 8;
+                add(group, pid, i % 3 == 0)(*service);
+                if (i % 4 == t) remove(group, pid)(*service);
+                if (i % 9 == t) clear(group)(*service);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    for (const auto& [group, pids] : gTaskTrackTable) {
+        EXPECT_LT(static_cast<uint32_t>(group), 6u);
+        for (const int32_t pid : pids) EXPECT_GE(pid, 100);
+    }
+}
+
+}  // namespace
+}  // namespace aidl::vendor::vyren::hardware::performance
