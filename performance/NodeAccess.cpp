@@ -205,4 +205,29 @@ std::string Performance::readWholeNode(const char* path, const WholeNodeRead& ho
     return how.failureText;
 }
 
+WriteOutcome Performance::writeText(const char* path, std::string_view text, const TextWrite& how) {
+    const auto failed = [&](WriteOutcome::Failed step, const char* format) {
+        const int err = errno;
+        // printf ignores the arguments a format does not use.
+        if (format != nullptr) {
+            ALOGE(format, path, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
+        }
+        return WriteOutcome{step, err};
+    };
+    if (how.open == WriteOpen::kStream) {
+        std::unique_ptr<FILE, FileCloser> node(fopen(nodePath(path).c_str(), "we"));
+        if (node == nullptr) return failed(WriteOutcome::Failed::kOpen, how.openFailure);
+        if (fwrite(text.data(), 1, text.size(), node.get()) < text.size()) {
+            return failed(WriteOutcome::Failed::kWrite, how.writeFailure);
+        }
+        return {WriteOutcome::Failed::kNothing, 0};
+    }
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    if (fd < 0) return failed(WriteOutcome::Failed::kOpen, how.openFailure);
+    if (write(fd, text.data(), text.size()) < 0) {
+        return failed(WriteOutcome::Failed::kWrite, how.writeFailure);
+    }
+    return {WriteOutcome::Failed::kNothing, 0};
+}
+
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -24,6 +24,23 @@ struct ReportNode {
     size_t newerSize;
 };
 
+// How a text write reaches its node: a write-only descriptor (no create, no truncation, one
+// write(), failing only when it returns -1), or a "w" stream (truncating, one put; what the stream
+// only buffers fails unnoticed at close).
+enum class WriteOpen { kDescriptor, kStream };
+struct TextWrite {
+    WriteOpen open;
+    // ERROR formats for a failed open and a failed write, or nullptr to log nothing. Each takes its
+    // leading arguments from (path, errno, error text, kernel major, minor, patch).
+    const char* openFailure;
+    const char* writeFailure;
+};
+struct WriteOutcome {
+    enum class Failed { kNothing, kOpen, kWrite } failed;
+    // errno of the failed step, 0 on success.
+    int err;
+};
+
 // The one service object. Every operation is a guarded bridge from a binder call to a kernel
 // node; each feature subsystem implements its operations in its own source file.
 class Performance : public BnPerformance {
@@ -293,6 +310,10 @@ class Performance : public BnPerformance {
     // when not empty, is logged at DEBUG after the write.
     int valueWrite(const char* path, std::string_view text, WriteCheck check,
                    const std::string& message);
+
+    // Text write: writes text to the node once, as `how` says, logging a failure with its
+    // format.
+    WriteOutcome writeText(const char* path, std::string_view text, const TextWrite& how);
 
     // Node read: the node's text, up to its first NUL and never more than size bytes; empty when
     // the node cannot be read.
