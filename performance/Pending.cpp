@@ -41,9 +41,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::disableTaskCpustats(int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::enableDamonReclaim(int32_t*) {
     return notYetBuilt();
 }
@@ -54,9 +51,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::enableTaskCpustats(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::existMemMonitor(int32_t*) {
@@ -352,31 +346,7 @@ namespace aidl::vendor::vyren::hardware::performance {
                                                         int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::setFgUids(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setFrameRate(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setImFlag(const std::string&, const std::string&) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::setProcessReclaim(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSchedAssistImptTask(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSchedAssistScene(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSlideboost(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setTpdID(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setTpdSerialParams(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeClmEnable(const std::string&) {
@@ -434,17 +404,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::writeTidsSet(const std::string&) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeUxState(const std::string&, const std::string&,
-                                               const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setFreqGoverner(const std::string&, const std::vector<int32_t>&,
-                                                  int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableAudioPerf(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeTmemoryMemory(const std::string&, int32_t*) {
     return notYetBuilt();
 }
@@ -485,13 +444,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setClmMuxSwitch(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setWakeSeedThread(const std::string&, bool, bool, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getWakeThreadsAffinityOrdered(
-    const std::string&, int32_t, ::aidl::vendor::vyren::hardware::performance::TaskWakeInfo*) {
     return notYetBuilt();
 }
 
