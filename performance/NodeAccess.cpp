@@ -99,15 +99,10 @@ void splitString(const char* str, const char* delim, std::vector<std::string>* o
 
 int Performance::switchWrite(const char* path, bool on, const char* failFormat,
                              const char* message) {
-    std::unique_ptr<FILE, FileCloser> node(fopen(nodePath(path).c_str(), "we"));
-    if (node == nullptr) {
-        const int err = errno;
-        // Formats that end at the error text leave the version arguments unused.
-        ALOGE(failFormat, path, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
+    if (writeText(path, on ? "1" : "0", {WriteOpen::kStream, failFormat, nullptr}).failed ==
+        WriteOutcome::Failed::kOpen) {
         return -1;
     }
-    fputc(on ? '1' : '0', node.get());
-    node.reset();
     ALOGD("%s", message);
     return 0;
 }
@@ -213,22 +208,40 @@ bool Performance::readSmallNode(const std::string& path, std::string* out) const
 }
 
 int Performance::writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat) {
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
-    if (fd < 0) {
+    const WriteOutcome outcome = writeText(
+        path, bytes, {WriteOpen::kDescriptor, "Failed to open %s (%d): %s", writeFailFormat});
+    if (outcome.failed == WriteOutcome::Failed::kOpen) return -2;
+    // Closing keeps errno, which is the write's again for the caller's own report.
+    errno = outcome.err;
+    return static_cast<int>(outcome.written);
+}
+
+WriteOutcome Performance::writeText(const char* path, std::string_view text, const TextWrite& how) {
+    const auto failed = [&](WriteOutcome::Failed step, const char* format) {
         const int err = errno;
-        ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
-        return -2;
+        // printf ignores the arguments a format does not use.
+        if (format != nullptr) {
+            ALOGE(format, path, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
+        }
+        return WriteOutcome{step, err};
+    };
+    if (how.open == WriteOpen::kStream) {
+        std::unique_ptr<FILE, FileCloser> node(fopen(nodePath(path).c_str(), "we"));
+        if (node == nullptr) return failed(WriteOutcome::Failed::kOpen, how.openFailure);
+        if (fwrite(text.data(), 1, text.size(), node.get()) < text.size()) {
+            return failed(WriteOutcome::Failed::kWrite, how.writeFailure);
+        }
+        return {WriteOutcome::Failed::kNothing, 0};
     }
+    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    if (fd < 0) return failed(WriteOutcome::Failed::kOpen, how.openFailure);
     // A write of nothing leaves errno alone; start from 0 so its report is not stale.
     errno = 0;
-    const ssize_t written = write(fd, bytes.data(), bytes.size());
-    const int err = errno;
-    if (written < 0 && writeFailFormat != nullptr) {
-        ALOGE(writeFailFormat, path, err, strerror(err));
-    }
-    // Closing keeps errno, which is the write's again after the log.
-    errno = err;
-    return static_cast<int>(written);
+    const ssize_t written = write(fd, text.data(), text.size());
+    WriteOutcome outcome = written < 0 ? failed(WriteOutcome::Failed::kWrite, how.writeFailure)
+                                       : WriteOutcome{WriteOutcome::Failed::kNothing, errno};
+    outcome.written = written;
+    return outcome;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -23,12 +23,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::delAcmPkgName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getAcmDirFlag(const std::string&, int64_t*) {
     return notYetBuilt();
 }
@@ -62,44 +56,9 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::setAcmOpstat(int32_t, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::setFgUids(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setFrameRate(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setImFlag(const std::string&, const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSchedAssistImptTask(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSchedAssistScene(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setSlideboost(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setTpdID(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setTpdSerialParams(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,
                                                       const std::string&, const std::string&,
                                                       int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeUxState(const std::string&, const std::string&,
-                                               const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setFreqGoverner(const std::string&, const std::vector<int32_t>&,
-                                                  int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::enableAudioPerf(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeTmemoryMemory(const std::string&, int32_t*) {
@@ -130,13 +89,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readTmemoryIoLatency(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setWakeSeedThread(const std::string&, bool, bool, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getWakeThreadsAffinityOrdered(
-    const std::string&, int32_t, ::aidl::vendor::vyren::hardware::performance::TaskWakeInfo*) {
     return notYetBuilt();
 }
 

@@ -24,6 +24,25 @@ struct ReportNode {
     size_t newerSize;
 };
 
+// How a text write reaches its node: a write-only descriptor (no create, no truncation, one
+// write(), failing only when it returns -1), or a "w" stream (truncating, one put; what the stream
+// only buffers fails unnoticed at close).
+enum class WriteOpen { kDescriptor, kStream };
+struct TextWrite {
+    WriteOpen open;
+    // ERROR formats for a failed open and a failed write, or nullptr to log nothing. Each takes its
+    // leading arguments from (path, errno, error text, kernel major, minor, patch).
+    const char* openFailure;
+    const char* writeFailure;
+};
+struct WriteOutcome {
+    enum class Failed { kNothing, kOpen, kWrite } failed;
+    // errno of the failed step, 0 on success.
+    int err;
+    // What the descriptor's write returned; 0 for a stream, or when the open failed.
+    ssize_t written = 0;
+};
+
 // The one service object. Every operation is a guarded bridge from a binder call to a kernel
 // node; each feature subsystem implements its operations in its own source file.
 class Performance : public BnPerformance {
@@ -324,6 +343,9 @@ class Performance : public BnPerformance {
     // ERROR with writeFailFormat (path, errno, error text) when it is not null; errno stays that
     // of the write for a caller with a message of its own.
     int writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat);
+    // Text write: writes text to the node once, as `how` says, logging a failure with its
+    // format.
+    WriteOutcome writeText(const char* path, std::string_view text, const TextWrite& how);
 
     // When a value write counts as failed and is logged.
     enum class WriteCheck { kNotPositive, kNegative };

@@ -1,6 +1,7 @@
 #include "ProcessTables.h"
 
 #include <initializer_list>
+#include <iterator>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -121,6 +122,19 @@ const std::vector<ProcReqItemHal> gKswapdLoadingKeys = keys({{"critical", 0}, {"
 const std::vector<ProcReqItemHal> gScmCallKeys = latencyKeys("scmcall");
 
 std::vector<int32_t> gWakerAffinity(7, -1);
+const TaskWakeInfo gWakerDefaultInfo = [] {
+    constexpr int32_t ThreadInfo::*kFields[] = {
+        &ThreadInfo::field1, &ThreadInfo::field2, &ThreadInfo::field3, &ThreadInfo::field4,
+        &ThreadInfo::field5, &ThreadInfo::field6, &ThreadInfo::field7};
+    ThreadInfo none;
+    for (size_t i = 0; i < std::size(kFields); ++i) none.*kFields[i] = gWakerAffinity[i];
+    TaskWakeInfo info;
+    info.status = -1;
+    info.threads.push_back(none);
+    return info;
+}();
+
+std::atomic<int32_t> gUxSettingSwitch{-1};
 
 std::map<std::string, int> gStorageNodeMap = {{"hpb_stats", 0}, {"hpb_params", 1}};
 

@@ -5,6 +5,7 @@
 
 #include <aidl/vendor/vyren/hardware/performance/ProcReqItemHal.h>
 #include <aidl/vendor/vyren/hardware/performance/TaskGroup.h>
+#include <aidl/vendor/vyren/hardware/performance/TaskWakeInfo.h>
 #include <quilbex/proc-memstat.h>
 
 #include <atomic>
@@ -44,6 +45,12 @@ extern const std::vector<ProcReqItemHal> gScmCallKeys;
 
 // Waker thread affinity: seven entries, -1 until known.
 extern std::vector<int32_t> gWakerAffinity;
+// The waker answer when the kernel gives none: status -1 and one thread of the affinity above.
+extern const TaskWakeInfo gWakerDefaultInfo;
+
+// The kernel's UX-setting switch: -1 until read, then what the kernel said (1 if it said nothing).
+// While it is non-zero on kernel 6 and later, only apps may set a thread's UX state.
+extern std::atomic<int32_t> gUxSettingSwitch;
 
 // Storage feature nodes by name, with the index the discovery code uses for each.
 extern std::map<std::string, int> gStorageNodeMap;

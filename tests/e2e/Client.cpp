@@ -2,7 +2,6 @@
 // connection, possibly under another uid).
 //   e2e-client INSTANCE loop   calls getVmallocDebug from 4 threads until killed, printing the
 //                              size of each report
-//   e2e-client INSTANCE uid    calls getAcmOpstat once and prints the result
 // Exits 1 when a call fails, 2 on bad usage.
 
 #include <aidl/vendor/vyren/hardware/performance/IPerformance.h>
@@ -23,7 +22,7 @@ constexpr int kCallers = 4;
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        fprintf(stderr, "usage: %s INSTANCE loop|uid\n", argv[0]);
+        fprintf(stderr, "usage: %s INSTANCE loop\n", argv[0]);
         return 2;
     }
     std::shared_ptr<IPerformance> service =
@@ -31,16 +30,6 @@ int main(int argc, char** argv) {
     if (service == nullptr) {
         fprintf(stderr, "%s: no service\n", argv[1]);
         return 1;
-    }
-    if (strcmp(argv[2], "uid") == 0) {
-        int32_t uid = -1;
-        const ndk::ScopedAStatus status = service->getAcmOpstat(&uid);
-        if (!status.isOk()) {
-            fprintf(stderr, "getAcmOpstat: %s\n", status.getDescription().c_str());
-            return 1;
-        }
-        printf("%d\n", uid);
-        return 0;
     }
     if (strcmp(argv[2], "loop") == 0) {
         // As many callers as the daemon has binder threads, so that at almost any moment one of

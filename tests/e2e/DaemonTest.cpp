@@ -211,9 +211,6 @@ TEST_F(DaemonTest, ProxyGetsFailureValuesAndExceptions) {
     int32_t opstat = 0;
     ndk::ScopedAStatus status = mService->getAcmOpstat(&opstat);
     EXPECT_EQ(status.getExceptionCode(), EX_UNSUPPORTED_OPERATION) << status.getDescription();
-    performance::TaskWakeInfo wake;
-    status = mService->getWakeThreadsAffinityOrdered(kWakeHandle, 2, &wake);
-    EXPECT_EQ(status.getExceptionCode(), EX_UNSUPPORTED_OPERATION) << status.getDescription();
 
     int32_t version = 0;
     ASSERT_TRUE(mService->getInterfaceVersion(&version).isOk());
@@ -558,33 +555,49 @@ TEST_F(RecordTest, QuilbexVersionRetCrossesWhole) {
 
 // ---- caller identity ----------------------------------------------------------------------------
 
-constexpr uid_t kAppUid = 10123;
-
 // Runs in a forked client before it execs, and so before it connects to any service.
-void BecomeApp() {
-    if (setgroups(0, nullptr) != 0 || setgid(kAppUid) != 0 || setuid(kAppUid) != 0) _exit(126);
+template <uid_t kUid>
+void Become() {
+    if (setgroups(0, nullptr) != 0 || setgid(kUid) != 0 || setuid(kUid) != 0) _exit(126);
 }
 
-TEST_F(RecordTest, ServiceSeesTheUidOfEachCaller) {
-    if (geteuid() != 0) GTEST_SKIP() << "switching a client to uid 10123 needs root";
-    openServicesToEveryone();
+// The daemon on a kernel 6.1 device, where the kernel's UX setting leaves UX state to apps.
+class UxStateGateTest : public DeviceTest {
+  protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        if (geteuid() != 0) GTEST_SKIP() << "running clients as uids 1000 and 10123 needs root";
+    }
 
-    int32_t uid = -1;
-    ASSERT_TRUE(mService->getAcmOpstat(&uid).isOk());
-    EXPECT_EQ(uid, static_cast<int32_t>(geteuid()));
+    // setting nullptr: the node is missing, so the daemon cannot read it.
+    void expectOnlyAppsSetUxState(const char* setting) {
+        copyTree("kernel-5.15");
+        writeNode("/proc/version",
+                  "Linux version 6.1.25-android14-11-g8d9a2b3c4e5f (build@host)\n");
+        const std::string node = "/proc/vyren_scheduler/sched_assist/disable_setting";
+        if (setting != nullptr) {
+            writeNode(node, setting);
+        } else {
+            std::filesystem::remove(nodePath(node));
+        }
+        ASSERT_NE(startService(kDaemon, kDefaultInstance), nullptr);
+        openServicesToEveryone();
+        const std::vector<std::string> command = {kPerfctl, "writeUxState", "2", "580", "612"};
+        const char* uxTask = "/proc/vyren_scheduler/sched_assist/ux_task";
+        // A system uid is turned away, an app's uid is let through.
+        ASSERT_TRUE(RunProgram(command, kCallLimit, Become<1000>).exitedWith(0));
+        EXPECT_EQ(readNode(uxTask), "0\n");
+        ASSERT_TRUE(RunProgram(command, kCallLimit, Become<10123>).exitedWith(0));
+        EXPECT_EQ(readNode(uxTask), "p 612 2");
+    }
+};
 
-    const RunResult proxy = RunProgram({kClient, kTestInstance, "uid"}, kCallLimit, BecomeApp);
-    ASSERT_TRUE(proxy.exitedWith(0)) << proxy.describe();
-    EXPECT_EQ(proxy.out, "10123\n");
+TEST_F(UxStateGateTest, SettingOnLeavesUxStateToApps) {
+    expectOnlyAppsSetUxState("1\n");
+}
 
-    const RunResult printed =
-        RunProgram({kPerfctl, "--service", kTestInstance, "getAcmOpstat"}, kCallLimit, BecomeApp);
-    ASSERT_TRUE(printed.exitedWith(0)) << printed.describe();
-    EXPECT_EQ(printed.out, "10123\n");
-
-    // The root caller's identity is unchanged by the others.
-    ASSERT_TRUE(mService->getAcmOpstat(&uid).isOk());
-    EXPECT_EQ(uid, 0);
+TEST_F(UxStateGateTest, UnreadableSettingLeavesUxStateToApps) {
+    expectOnlyAppsSetUxState(nullptr);
 }
 
 }  // namespace

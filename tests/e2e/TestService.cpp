@@ -1,9 +1,8 @@
 // A second daemon for the end-to-end tests: the real service object on a device tree, registered
 // under its own instance name, with the record-returning operations answering the fixed records of
-// FixedRecords.h and getAcmOpstat answering the caller's uid.
+// FixedRecords.h.
 
 #include <android-base/logging.h>
-#include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 
@@ -38,10 +37,6 @@ class RecordingPerformance : public Performance {
     }
     ::ndk::ScopedAStatus readQuilbexVersion(performance::QuilbexVersionRet* out) override {
         *out = e2e::QuilbexRecord();
-        return ::ndk::ScopedAStatus::ok();
-    }
-    ::ndk::ScopedAStatus getAcmOpstat(int32_t* out) override {
-        *out = static_cast<int32_t>(AIBinder_getCallingUid());
         return ::ndk::ScopedAStatus::ok();
     }
 };

@@ -172,7 +172,7 @@ const std::vector<V1Case>& Cases() {
              int32_t value = 0;
              return Print(s.writeUxState("1", "580", "580", &value), value, out);
          },
-         false,
+         true,
          nullptr,
          nullptr},
         {{"writeVaFeature", "5"},
