@@ -5,6 +5,7 @@
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -118,11 +119,11 @@ int Performance::switchWrite(const char* path, bool on, const char* failFormat,
 }
 
 int Performance::valueWrite(const char* path, std::string_view text, WriteCheck check,
-                            const std::string& message) {
+                            const std::string& message, const char* openFailFormat) {
     android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
-        ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
+        ALOGE(openFailFormat, path, err, strerror(err));
         return -2;
     }
     // A write of nothing leaves errno alone; start from 0 so its report is not stale.
@@ -203,6 +204,36 @@ std::string Performance::readWholeNode(const char* path, const WholeNodeRead& ho
             break;
     }
     return how.failureText;
+}
+
+namespace {
+
+struct DirCloser {
+    void operator()(DIR* d) const { closedir(d); }
+};
+
+class KernelDeviceIo : public DeviceIo {
+  public:
+    int open(const char* path, int flags) override { return ::open(path, flags); }
+    int ioctl(int fd, unsigned int request, void* arg) override {
+        return ::ioctl(fd, request, arg);
+    }
+};
+
+}  // namespace
+
+bool Performance::forEachEntry(const char* path,
+                               const std::function<bool(const dirent&)>& onEntry) const {
+    std::unique_ptr<DIR, DirCloser> dir(opendir(nodePath(path).c_str()));
+    if (dir == nullptr) return false;
+    for (const dirent* entry; (entry = readdir(dir.get())) != nullptr;) {
+        if (!onEntry(*entry)) break;
+    }
+    return true;
+}
+
+std::shared_ptr<DeviceIo> DeviceIo::kernel() {
+    return std::make_shared<KernelDeviceIo>();
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

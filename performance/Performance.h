@@ -1,9 +1,11 @@
 #pragma once
 
 #include <aidl/vendor/vyren/hardware/performance/BnPerformance.h>
+#include <dirent.h>
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -24,6 +26,19 @@ struct ReportNode {
     size_t newerSize;
 };
 
+// The character devices the service drives by ioctl are reached through this one interface, so
+// that a stand-in driver can take the kernel's place. kernel() makes the system calls themselves.
+class DeviceIo {
+  public:
+    virtual ~DeviceIo() = default;
+    // open(2): a new descriptor, or -1 with errno set.
+    virtual int open(const char* path, int flags) = 0;
+    // ioctl(2) with one pointer argument. The request is 32 bits wide, as the kernel takes it.
+    virtual int ioctl(int fd, unsigned int request, void* arg) = 0;
+
+    static std::shared_ptr<DeviceIo> kernel();
+};
+
 // The one service object. Every operation is a guarded bridge from a binder call to a kernel
 // node; each feature subsystem implements its operations in its own source file.
 class Performance : public BnPerformance {
@@ -32,6 +47,8 @@ class Performance : public BnPerformance {
     Performance();
     // Resolves every kernel path against nodeRoot, a simulated device tree on a host.
     explicit Performance(std::string nodeRoot);
+    // As above, reaching the ioctl devices through deviceIo.
+    Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo);
     ~Performance() override = default;
 
     ::ndk::ScopedAStatus addAcmDirName(const std::string& dirName, int64_t flag,
@@ -289,10 +306,12 @@ class Performance : public BnPerformance {
     // When a value write counts as failed and is logged.
     enum class WriteCheck { kNotPositive, kNegative };
     // Value write: writes text once, with no newline, to the node opened write-only. Returns the
-    // write's own result (bytes written, or -1), or -2 when the node cannot be opened. message,
-    // when not empty, is logged at DEBUG after the write.
+    // write's own result (bytes written, or -1), or -2 when the node cannot be opened, logged at
+    // ERROR with openFailFormat (path, errno, error text). message, when not empty, is logged at
+    // DEBUG after the write.
     int valueWrite(const char* path, std::string_view text, WriteCheck check,
-                   const std::string& message);
+                   const std::string& message,
+                   const char* openFailFormat = "Failed to open %s (%d): %s");
 
     // Node read: the node's text, up to its first NUL and never more than size bytes; empty when
     // the node cannot be read.
@@ -331,11 +350,16 @@ class Performance : public BnPerformance {
     // limit; or the failure text, logged as the read says, when the node cannot be opened.
     std::string readWholeNode(const char* path, const WholeNodeRead& how) const;
 
+    // Calls onEntry with each entry of the directory at path, in directory order, "." and ".."
+    // included, until it returns false. Returns false when the directory cannot be opened.
+    bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
+
     static ::ndk::ScopedAStatus notYetBuilt();
 
     // Fixed at construction. Nodes and streams are opened and closed within the call that uses
     // them, so the object holds none.
     const std::string mNodeRoot;
+    const std::shared_ptr<DeviceIo> mDeviceIo;
     int32_t mKernelMajor = 0;
     int32_t mKernelMinor = 0;
     int32_t mKernelPatch = 0;
