@@ -5,28 +5,10 @@
 
 namespace aidl::vendor::vyren::hardware::performance {
 
-::ndk::ScopedAStatus Performance::addAcmDirName(const std::string&, int64_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::addAcmNomediaDirName(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::addAcmPkgName(const std::string&, int64_t, int32_t*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::addTaskTrackPid(int32_t, int32_t, bool, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::clearTaskTrackGroup(int32_t) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::delAcmDirName(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::delAcmNomediaDirName(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::delAcmPkgName(const std::string&, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::disableDamonReclaim(int32_t*) {
@@ -60,15 +42,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::existMemMonitor(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getAcmDirFlag(const std::string&, int64_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getAcmOpstat(int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::getAcmPkgFlag(const std::string&, int64_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::getDdrResidency(std::string*) {
@@ -331,12 +304,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t, int32_t) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::searchAcmNomediaDirName(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::setAcmOpstat(int32_t, int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::setDamonReclaimColdTime(int32_t, int32_t*) {

@@ -39,6 +39,13 @@ class DeviceIo {
     static std::shared_ptr<DeviceIo> kernel();
 };
 
+// A request of the access-control monitor device.
+struct AcmRequest {
+    unsigned int code;
+    // The operation's result when the device cannot be opened.
+    int openFailure;
+};
+
 // The one service object. Every operation is a guarded bridge from a binder call to a kernel
 // node; each feature subsystem implements its operations in its own source file.
 class Performance : public BnPerformance {
@@ -353,6 +360,10 @@ class Performance : public BnPerformance {
     // Calls onEntry with each entry of the directory at path, in directory order, "." and ".."
     // included, until it returns false. Returns false when the directory cannot be opened.
     bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
+
+    // Access-control monitor (AccessMonitor.cpp): one request on the device; the request's result,
+    // or its open-failure result when the device cannot be opened.
+    int acmRequest(const AcmRequest& request, void* arg) const;
 
     static ::ndk::ScopedAStatus notYetBuilt();
 
