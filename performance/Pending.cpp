@@ -412,36 +412,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::enableAudioPerf(const std::string&, int32_t*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::writeTmemoryMemory(const std::string&, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTmemorySwitch(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTmemoryFlushBusy(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTmemoryFlushIdle(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTmemoryCapacity(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeTmemoryHighWaterRatio(int32_t, int32_t*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTmemorySysdirtypages(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTmemoryDirtypages(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTmemoryErrorStat(std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readTmemoryIoLatency(std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::getClmThreshold(int32_t, std::string*) {
     return notYetBuilt();
 }

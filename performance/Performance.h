@@ -361,6 +361,12 @@ class Performance : public BnPerformance {
     // included, until it returns false. Returns false when the directory cannot be opened.
     bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
 
+    // Tmemory write-back cache (Tmemory.cpp).
+    bool findTmemoryPath(std::string& dir) const;
+    void writeTmemoryNode(const std::string& node, const char* buf, int count, int* result) const;
+    int writeTmemoryText(const char* node, const std::string& text) const;
+    std::string readTmemoryNode(const char* node) const;
+
     // Access-control monitor (AccessMonitor.cpp): one request on the device; the request's result,
     // or its open-failure result when the device cannot be opened.
     int acmRequest(const AcmRequest& request, void* arg) const;
