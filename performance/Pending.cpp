@@ -281,10 +281,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readSgeInfo(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readStorageFeature(const std::string&, const std::string&,
-                                                     const std::string&, std::string*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readTargetProcess(const std::string&, std::string*) {
     return notYetBuilt();
 }
@@ -388,11 +384,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeSchedInfoThreshold(const std::string&) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string&, const std::string&,
-                                                      const std::string&, const std::string&,
-                                                      int32_t*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::writeTaskSchedInfo(const std::string&) {

@@ -361,6 +361,15 @@ class Performance : public BnPerformance {
     // included, until it returns false. Returns false when the directory cannot be opened.
     bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
 
+    // Storage feature nodes (Storage.cpp).
+    std::vector<std::string> getDevicePath(const std::string& dir) const;
+    std::string getUfsHpbNodePath(const std::string& name, const std::string& feature) const;
+    std::vector<std::string> getCustDevicePath(const std::string& name,
+                                               const std::string& feature) const;
+    bool isStorageNode(const std::string& path) const;
+    std::vector<std::string> findStorageNodes(const std::string& name, const std::string& feature,
+                                              const std::string& lookupMode) const;
+
     // Tmemory write-back cache (Tmemory.cpp).
     bool findTmemoryPath(std::string& dir) const;
     void writeTmemoryNode(const std::string& node, const char* buf, int count, int* result) const;

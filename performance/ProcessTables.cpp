@@ -122,6 +122,7 @@ const std::vector<ProcReqItemHal> gScmCallKeys = latencyKeys("scmcall");
 
 std::vector<int32_t> gWakerAffinity(7, -1);
 
+std::mutex gStorageNodeLock;
 std::map<std::string, int> gStorageNodeMap = {{"hpb_stats", 0}, {"hpb_params", 1}};
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -45,7 +45,9 @@ extern const std::vector<ProcReqItemHal> gScmCallKeys;
 // Waker thread affinity: seven entries, -1 until known.
 extern std::vector<int32_t> gWakerAffinity;
 
-// Storage feature nodes by name, with the index the discovery code uses for each.
+// Storage feature nodes by name, with the index the discovery code uses for each. A lookup of an
+// unknown name adds it, so every access holds gStorageNodeLock.
+extern std::mutex gStorageNodeLock;
 extern std::map<std::string, int> gStorageNodeMap;
 
 }  // namespace aidl::vendor::vyren::hardware::performance
