@@ -44,8 +44,11 @@ binder_status_t Performance::dump(int fd, const char** /*args*/, uint32_t /*numA
     if (taskTrack.owns_lock()) taskTrack.unlock();
 
     out += "storage nodes:\n";
-    for (const auto& [name, index] : gStorageNodeMap) {
-        StringAppendF(&out, "  %s: %d\n", name.c_str(), index);
+    {
+        std::lock_guard<std::mutex> lock(gStorageNodeLock);
+        for (const auto& [name, index] : gStorageNodeMap) {
+            StringAppendF(&out, "  %s: %d\n", name.c_str(), index);
+        }
     }
 
     StringAppendF(&out, "memory statistics device: fd %d, buffers %s, capacity %u\n",

@@ -5,6 +5,7 @@
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -108,8 +109,9 @@ int Performance::switchWrite(const char* path, bool on, const char* failFormat,
 }
 
 int Performance::valueWrite(const char* path, std::string_view text, WriteCheck check,
-                            const std::string& message, const char* writeFailFormat) {
-    const int written = writeOnce(path, text, nullptr);
+                            const std::string& message, const char* writeFailFormat,
+                            const char* openFailFormat) {
+    const int written = writeOnce(path, text, nullptr, openFailFormat);
     if (written == -2) return -2;
     const int err = errno;
     if (check == WriteCheck::kNotPositive ? written <= 0 : written < 0) {
@@ -207,9 +209,10 @@ bool Performance::readSmallNode(const std::string& path, std::string* out) const
     return true;
 }
 
-int Performance::writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat) {
-    const WriteOutcome outcome = writeText(
-        path, bytes, {WriteOpen::kDescriptor, "Failed to open %s (%d): %s", writeFailFormat});
+int Performance::writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat,
+                           const char* openFailFormat) {
+    const WriteOutcome outcome =
+        writeText(path, bytes, {WriteOpen::kDescriptor, openFailFormat, writeFailFormat});
     if (outcome.failed == WriteOutcome::Failed::kOpen) return -2;
     // Closing keeps errno, which is the write's again for the caller's own report.
     errno = outcome.err;
@@ -242,6 +245,36 @@ WriteOutcome Performance::writeText(const char* path, std::string_view text, con
                                        : WriteOutcome{WriteOutcome::Failed::kNothing, errno};
     outcome.written = written;
     return outcome;
+}
+
+namespace {
+
+struct DirCloser {
+    void operator()(DIR* d) const { closedir(d); }
+};
+
+class KernelDeviceIo : public DeviceIo {
+  public:
+    int open(const char* path, int flags) override { return ::open(path, flags); }
+    int ioctl(int fd, unsigned int request, void* arg) override {
+        return ::ioctl(fd, request, arg);
+    }
+};
+
+}  // namespace
+
+bool Performance::forEachEntry(const char* path,
+                               const std::function<bool(const dirent&)>& onEntry) const {
+    std::unique_ptr<DIR, DirCloser> dir(opendir(nodePath(path).c_str()));
+    if (dir == nullptr) return false;
+    for (const dirent* entry; (entry = readdir(dir.get())) != nullptr;) {
+        if (!onEntry(*entry)) break;
+    }
+    return true;
+}
+
+std::shared_ptr<DeviceIo> DeviceIo::kernel() {
+    return std::make_shared<KernelDeviceIo>();
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -30,7 +30,11 @@ struct FreeDeleter {
 
 Performance::Performance() : Performance(std::string()) {}
 
-Performance::Performance(std::string nodeRoot) : mNodeRoot(std::move(nodeRoot)) {
+Performance::Performance(std::string nodeRoot)
+    : Performance(std::move(nodeRoot), DeviceIo::kernel()) {}
+
+Performance::Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo)
+    : mNodeRoot(std::move(nodeRoot)), mDeviceIo(std::move(deviceIo)) {
     std::unique_ptr<FILE, FileCloser> version(fopen(nodePath(kVersionNode).c_str(), "re"));
     const int openErrno = errno;
 

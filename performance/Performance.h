@@ -1,9 +1,11 @@
 #pragma once
 
 #include <aidl/vendor/vyren/hardware/performance/BnPerformance.h>
+#include <dirent.h>
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -43,6 +45,26 @@ struct WriteOutcome {
     ssize_t written = 0;
 };
 
+// The character devices the service drives by ioctl are reached through this one interface, so
+// that a stand-in driver can take the kernel's place. kernel() makes the system calls themselves.
+class DeviceIo {
+  public:
+    virtual ~DeviceIo() = default;
+    // open(2): a new descriptor, or -1 with errno set.
+    virtual int open(const char* path, int flags) = 0;
+    // ioctl(2) with one pointer argument. The request is 32 bits wide, as the kernel takes it.
+    virtual int ioctl(int fd, unsigned int request, void* arg) = 0;
+
+    static std::shared_ptr<DeviceIo> kernel();
+};
+
+// A request of the access-control monitor device.
+struct AcmRequest {
+    unsigned int code;
+    // The operation's result when the device cannot be opened.
+    int openFailure;
+};
+
 // The one service object. Every operation is a guarded bridge from a binder call to a kernel
 // node; each feature subsystem implements its operations in its own source file.
 class Performance : public BnPerformance {
@@ -51,6 +73,8 @@ class Performance : public BnPerformance {
     Performance();
     // Resolves every kernel path against nodeRoot, a simulated device tree on a host.
     explicit Performance(std::string nodeRoot);
+    // As above, reaching the ioctl devices through deviceIo.
+    Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo);
     ~Performance() override = default;
 
     ::ndk::ScopedAStatus addAcmDirName(const std::string& dirName, int64_t flag,
@@ -284,8 +308,8 @@ class Performance : public BnPerformance {
     // Prints the service's state for dumpsys.
     binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
-    // Reads up to size bytes of the node at path, from offset, into buf. Returns the bytes read,
-    // or -1 on bad arguments or a failed open, seek or read.
+    // Reads up to size bytes of the node at path, from offset, into buf. Returns the bytes
+    // read, or -1 on bad arguments or a failed open, seek or read.
     int readInterface(const char* path, int offset, void* buf, int size);
 
     // Reads the first 1023 bytes at most of the node at path into out.
@@ -331,18 +355,19 @@ class Performance : public BnPerformance {
     bool usesNewNodeTree() const;
     const char* choose(const NodePair& node) const;
 
-    // Switch write: writes "1" (on) or "0" (off) with no newline through a "w" stream. Returns 0,
-    // or -1 with failFormat (path, errno, error text) logged when the node cannot be opened. A
-    // refused write is not noticed. failFormat may go on to the kernel version (major, minor,
+    // Switch write: writes "1" (on) or "0" (off) with no newline through a "w" stream. Returns
+    // 0, or -1 with failFormat (path, errno, error text) logged when the node cannot be opened.
+    // A refused write is not noticed. failFormat may go on to the kernel version (major, minor,
     // patch).
     int switchWrite(const char* path, bool on, const char* failFormat, const char* message);
 
     // Node write: writes bytes once, as they stand, to the node opened write-only (no create, no
-    // truncate). Returns the write's own result, or -2, with ERROR "Failed to open %s (%d): %s"
-    // (path, errno, error text) logged, when the node cannot be opened. A write of -1 is logged at
+    // truncate). Returns the write's own result, or -2, with ERROR openFailFormat (path, errno,
+    // error text) logged, when the node cannot be opened. A write of -1 is logged at
     // ERROR with writeFailFormat (path, errno, error text) when it is not null; errno stays that
     // of the write for a caller with a message of its own.
-    int writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat);
+    int writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat,
+                  const char* openFailFormat = "Failed to open %s (%d): %s");
     // Text write: writes text to the node once, as `how` says, logging a failure with its
     // format.
     WriteOutcome writeText(const char* path, std::string_view text, const TextWrite& how);
@@ -352,25 +377,26 @@ class Performance : public BnPerformance {
     // Value write: writes text once, with no newline, to the node opened write-only. Returns the
     // write's own result (bytes written, or -1), or -2 when the node cannot be opened. message,
     // when not empty, is logged at DEBUG after the write. A failed write logs writeFailFormat
-    // (path, errno, error text).
+    // (path, errno, error text), a failed open openFailFormat (the same arguments).
     int valueWrite(const char* path, std::string_view text, WriteCheck check,
                    const std::string& message,
-                   const char* writeFailFormat = "Failed to write %s (%d): %s");
+                   const char* writeFailFormat = "Failed to write %s (%d): %s",
+                   const char* openFailFormat = "Failed to open %s (%d): %s");
 
-    // Node read: the node's text, up to its first NUL and never more than size bytes; empty when
-    // the node cannot be read.
+    // Node read: the node's text, up to its first NUL and never more than size bytes; empty
+    // when the node cannot be read.
     std::string readNode(const char* path, size_t size);
     std::string readNode(const ReportNode& report);
     // Node read that, when fallback is not null and the first read yields less than one byte,
     // reads the fallback node into the same buffer.
     std::string readNode(const char* path, size_t size, const char* fallback);
-    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to out.
-    // Returns false, with nothing logged, when the node cannot be opened.
+    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to
+    // out. Returns false, with nothing logged, when the node cannot be opened.
     bool readSmallNode(const std::string& path, std::string* out) const;
 
     // Calls onLine with each line of the node, without its newline; a last line with no newline
-    // is a line too. A read error ends the lines early. Returns false, with errno from the open,
-    // when the node cannot be opened.
+    // is a line too. A read error ends the lines early. Returns false, with errno from the
+    // open, when the node cannot be opened.
     bool forEachLine(const char* path, LineOpen mode,
                      const std::function<void(std::string_view)>& onLine) const;
     // Whole-node read: the prefix, then every line followed by the terminator, with no size
@@ -393,12 +419,35 @@ class Performance : public BnPerformance {
     // Device information: the value of a UFS status line, and the reserve partition to open.
     int32_t ufsplusStatus(const char* key) const;
     const char* reservePartition() const;
+    // Calls onEntry with each entry of the directory at path, in directory order, "." and ".."
+    // included, until it returns false. Returns false when the directory cannot be opened.
+    bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
+
+    // Storage feature nodes (Storage.cpp).
+    std::vector<std::string> getDevicePath(const std::string& dir) const;
+    std::string getUfsHpbNodePath(const std::string& name, const std::string& feature) const;
+    std::vector<std::string> getCustDevicePath(const std::string& name,
+                                               const std::string& feature) const;
+    bool isStorageNode(const std::string& path) const;
+    std::vector<std::string> findStorageNodes(const std::string& name, const std::string& feature,
+                                              const std::string& lookupMode) const;
+
+    // Tmemory write-back cache (Tmemory.cpp).
+    bool findTmemoryPath(std::string& dir) const;
+    void writeTmemoryNode(const std::string& node, const char* buf, int count, int* result) const;
+    int writeTmemoryText(const char* node, const std::string& text) const;
+    std::string readTmemoryNode(const char* node) const;
+
+    // Access-control monitor (AccessMonitor.cpp): one request on the device; the request's
+    // result, or its open-failure result when the device cannot be opened.
+    int acmRequest(const AcmRequest& request, void* arg) const;
 
     static ::ndk::ScopedAStatus notYetBuilt();
 
     // Fixed at construction. Nodes and streams are opened and closed within the call that uses
     // them, so the object holds none.
     const std::string mNodeRoot;
+    const std::shared_ptr<DeviceIo> mDeviceIo;
     int32_t mKernelMajor = 0;
     int32_t mKernelMinor = 0;
     int32_t mKernelPatch = 0;

@@ -136,6 +136,7 @@ const TaskWakeInfo gWakerDefaultInfo = [] {
 
 std::atomic<int32_t> gUxSettingSwitch{-1};
 
+std::mutex gStorageNodeLock;
 std::map<std::string, int> gStorageNodeMap = {{"hpb_stats", 0}, {"hpb_params", 1}};
 
 }  // namespace aidl::vendor::vyren::hardware::performance

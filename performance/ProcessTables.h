@@ -52,7 +52,9 @@ extern const TaskWakeInfo gWakerDefaultInfo;
 // While it is non-zero on kernel 6 and later, only apps may set a thread's UX state.
 extern std::atomic<int32_t> gUxSettingSwitch;
 
-// Storage feature nodes by name, with the index the discovery code uses for each.
+// Storage feature nodes by name, with the index the discovery code uses for each. A lookup of an
+// unknown name adds it, so every access holds gStorageNodeLock.
+extern std::mutex gStorageNodeLock;
 extern std::map<std::string, int> gStorageNodeMap;
 
 }  // namespace aidl::vendor::vyren::hardware::performance

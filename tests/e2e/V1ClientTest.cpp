@@ -72,9 +72,10 @@ const std::vector<V1Case>& Cases() {
         {{"addAcmDirName", "/data/media", "1"},
          [](IPerformance& s, std::string* out) {
              int32_t value = 0;
-             return Print(s.addAcmDirName("/data/media", 1, &value), value, out);
+             ndk::ScopedAStatus status = s.addAcmDirName("/data/media", 1, &value);
+             return Print(std::move(status), value, out);
          },
-         false,
+         true,
          nullptr,
          nullptr},
         {{"disableKmallocDebug"},
