@@ -264,16 +264,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 ::ndk::ScopedAStatus Performance::readLimitTable(std::string*) {
     return notYetBuilt();
 }
-::ndk::ScopedAStatus Performance::readMemoryByPids(
-    const std::vector<int32_t>&, int32_t,
-    ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readMemoryByUids(
-    const std::vector<int32_t>&, int32_t,
-    ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet*) {
-    return notYetBuilt();
-}
 ::ndk::ScopedAStatus Performance::readNandswapProc(const std::string&, std::string*) {
     return notYetBuilt();
 }
@@ -284,10 +274,6 @@ namespace aidl::vendor::vyren::hardware::performance {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t, int32_t, std::string*) {
-    return notYetBuilt();
-}
-::ndk::ScopedAStatus Performance::readQuilbexVersion(
-    ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet*) {
     return notYetBuilt();
 }
 ::ndk::ScopedAStatus Performance::readPidsSet(std::string*) {

@@ -5,6 +5,7 @@
 #include <android-base/properties.h>
 #include <log/log.h>
 #include <processgroup/processgroup.h>
+#include <quilbex/util.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -31,6 +32,8 @@ struct FreeDeleter {
 Performance::Performance() : Performance(std::string()) {}
 
 Performance::Performance(std::string nodeRoot) : mNodeRoot(std::move(nodeRoot)) {
+    // The memory-statistics engine looks at the same device.
+    ::vyren::quilbex::util::SetNodeRoot(mNodeRoot);
     std::unique_ptr<FILE, FileCloser> version(fopen(nodePath(kVersionNode).c_str(), "re"));
     const int openErrno = errno;
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kOperations = 171;
 // Operations whose subsystem is built answer with an OK status.
-constexpr int kBuiltOperations = 17;
+constexpr int kBuiltOperations = 18;
 // Operations the test service below answers itself.
 constexpr int kEchoedOperations = 10;
 
