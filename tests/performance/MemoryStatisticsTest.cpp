@@ -35,6 +35,7 @@ struct Driver {
         snprintf(reinterpret_cast<char*>(ms), 16, "proc-%u", pid);
         ms[16] = pid & 1;
         ms[18] = 0xe9;
+        ms[19] = 0x20;
         for (uint32_t at = 20, value; at < 84; at += 4) {
             memcpy(ms + at, &(value = at == 28 ? pid : pid * 100 + at), 4);
         }
@@ -172,7 +173,7 @@ TEST_F(MemoryStatisticsTest, QueriesCopySelectedFieldsAndFailOrStopAsAWhole) {
                                     s.value36, s.value40, s.value44, s.value48, s.value52,
                                     s.smapsTotal, s.reserved, s.smapsDalvikHeap,
                                     s.smapsNativeMalloc, s.value72, s.value76, s.value80}),
-              std::vector<int64_t>({0, 0xe9, 58020, 58024, 580, 58032, 58036, 58040, 58044, 58048,
+              std::vector<int64_t>({0, 0x20e9, 58020, 58024, 580, 58032, 58036, 58040, 58044, 58048,
                                     58052, 0, 0, 0, 0, 58072, 58076, 58080}));
     // Bit 14 alone walks smaps but hands out nothing; a vanished process keeps its record.
     EXPECT_EQ(query(true, {580}, 0x4000), "0 /0");
