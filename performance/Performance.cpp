@@ -5,6 +5,7 @@
 #include <android-base/properties.h>
 #include <log/log.h>
 #include <processgroup/processgroup.h>
+#include <quilbex/util.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -35,6 +36,8 @@ Performance::Performance(std::string nodeRoot)
 
 Performance::Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo)
     : mNodeRoot(std::move(nodeRoot)), mDeviceIo(std::move(deviceIo)) {
+    // The memory-statistics engine looks at the same device.
+    ::vyren::quilbex::util::SetNodeRoot(mNodeRoot);
     std::unique_ptr<FILE, FileCloser> version(fopen(nodePath(kVersionNode).c_str(), "re"));
     const int openErrno = errno;
 
@@ -63,10 +66,6 @@ Performance::Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceI
     ALOGD("Linux version %d.%d.%d Debug is %d\n", mKernelMajor, mKernelMinor, mKernelPatch,
           mDebug ? 1 : 0);
     ALOGD("MemcgRootPath is initialized to %s\n", mMemcgRootPath.c_str());
-}
-
-::ndk::ScopedAStatus Performance::notYetBuilt() {
-    return ::ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

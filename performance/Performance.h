@@ -442,8 +442,6 @@ class Performance : public BnPerformance {
     // result, or its open-failure result when the device cannot be opened.
     int acmRequest(const AcmRequest& request, void* arg) const;
 
-    static ::ndk::ScopedAStatus notYetBuilt();
-
     // Fixed at construction. Nodes and streams are opened and closed within the call that uses
     // them, so the object holds none.
     const std::string mNodeRoot;

@@ -108,14 +108,6 @@ TEST_F(DaemonTest, PerfctlPrintsReportsAsTheirExactBytes) {
     }
 }
 
-TEST_F(DaemonTest, PerfctlReportsAnUnbuiltOperationOnOneLine) {
-    const RunResult result = perfctl({"getAcmOpstat"});
-    EXPECT_TRUE(result.exitedWith(1)) << result.describe();
-    EXPECT_EQ(result.out, "");
-    ASSERT_FALSE(result.err.empty());
-    EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
-}
-
 TEST_F(DaemonTest, PerfctlRefusesBadCommandLinesBeforeCalling) {
     const std::string before = readNode(kKmallocDebugCreate);
     const std::vector<std::vector<std::string>> commands = {
@@ -206,11 +198,6 @@ TEST_F(DaemonTest, ProxyGetsFailureValuesAndExceptions) {
     EXPECT_EQ(result, -1);
     ASSERT_TRUE(mService->writeVaFeature(1, &result).isOk());
     EXPECT_EQ(result, -2);
-
-    // Operations not built answer an exception.
-    int32_t opstat = 0;
-    ndk::ScopedAStatus status = mService->getAcmOpstat(&opstat);
-    EXPECT_EQ(status.getExceptionCode(), EX_UNSUPPORTED_OPERATION) << status.getDescription();
 
     int32_t version = 0;
     ASSERT_TRUE(mService->getInterfaceVersion(&version).isOk());

@@ -145,11 +145,15 @@ const std::vector<V1Case>& Cases() {
          "memleak_detect_thread",
          nullptr},
         {{"readMemoryByPids", "580,1000", "0"},
-         [](IPerformance& s, std::string*) {
+         [](IPerformance& s, std::string* out) {
+             // No flags: the query fails before it reaches the device.
              ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet record;
-             return s.readMemoryByPids({580, 1000}, 0, &record);
+             ndk::ScopedAStatus status = s.readMemoryByPids({580, 1000}, 0, &record);
+             EXPECT_TRUE(record.stats.empty());
+             return Print(std::move(status),
+                          "{\"result\":" + std::to_string(record.result) + ",\"stats\":[]}\n", out);
          },
-         false,
+         true,
          nullptr,
          nullptr},
         {{"readVaFeature"}, TextResult(&IPerformance::readVaFeature), true, "va_feature", nullptr},

@@ -14,10 +14,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
 constexpr int kOperations = 171;
-// Operations whose subsystem is built answer with an OK status.
-constexpr int kBuiltOperations = 162;
-// Operations the test service below answers itself.
-constexpr int kEchoedOperations = 10;
 
 // Echoes what it receives, so a round trip shows each type survives both directions.
 class EchoPerformance : public Performance {
@@ -136,7 +132,6 @@ TEST_F(InterfaceTest, ReportsFrozenVersionAndHash) {
 }
 
 TEST_F(InterfaceTest, EveryOperationAnswersAtItsTransactionCode) {
-    int built = 0;
     for (int slot = 0; slot < kOperations; ++slot) {
         SCOPED_TRACE("slot " + std::to_string(slot));
         ::ndk::ScopedAParcel in = zeroArguments(binder.get());
@@ -146,13 +141,8 @@ TEST_F(InterfaceTest, EveryOperationAnswersAtItsTransactionCode) {
                   STATUS_OK);
         ::ndk::ScopedAStatus status;
         ASSERT_EQ(AParcel_readStatusHeader(out.get(), status.getR()), STATUS_OK);
-        if (status.isOk()) {
-            ++built;
-        } else {
-            EXPECT_EQ(status.getExceptionCode(), EX_UNSUPPORTED_OPERATION);
-        }
+        EXPECT_TRUE(status.isOk()) << status.getDescription();
     }
-    EXPECT_EQ(built, kBuiltOperations + kEchoedOperations);
 
     ::ndk::ScopedAParcel in = zeroArguments(binder.get());
     ::ndk::ScopedAParcel out;

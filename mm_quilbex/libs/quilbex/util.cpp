@@ -1,1 +1,86 @@
+// Access to the memory-statistics device.
+
 #include "quilbex/util.h"
+
+#include <android-base/unique_fd.h>
+#include <android/log.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+// Every line names this unit and a fixed place in it, as the device's log readers expect.
+#define QUILBEX_LOGE(line, fmt, ...) \
+    __android_log_print(ANDROID_LOG_ERROR, "quilbex", "%s:%d " fmt, "util", line, ##__VA_ARGS__)
+
+namespace vyren::quilbex::util {
+
+namespace {
+
+int SystemOpen(const char* path, int flags) {
+    return open(path, flags);
+}
+
+int SystemIoctl(int fd, unsigned long request, void* arg) {
+    return ioctl(fd, request, arg);
+}
+
+DeviceCalls gDeviceCalls = {SystemOpen, SystemIoctl};
+std::string gNodeRoot;
+
+// Shared by every binder thread; a thread that loses the race to open keeps the winner's.
+std::atomic<int> gQuilbexFd{-1};
+
+}  // namespace
+
+DeviceCalls SetDeviceCalls(const DeviceCalls& calls) {
+    const DeviceCalls previous = gDeviceCalls;
+    gDeviceCalls = calls;
+    return previous;
+}
+
+void SetNodeRoot(std::string root) {
+    gNodeRoot = std::move(root);
+}
+
+const std::string& NodeRoot() {
+    return gNodeRoot;
+}
+
+int QuilbexFd() {
+    const int cached = gQuilbexFd.load();
+    if (cached >= 0) return cached;
+
+    const std::string path = gNodeRoot + kQuilbexDevice;
+    android::base::unique_fd fd(
+        TEMP_FAILURE_RETRY(gDeviceCalls.open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+    if (fd < 0) {
+        QUILBEX_LOGE(26, "Failed to open %s:%s\n", kQuilbexDevice, strerror(errno));
+        return -1;
+    }
+    int expected = -1;
+    if (!gQuilbexFd.compare_exchange_strong(expected, fd.get())) return expected;
+    return fd.release();
+}
+
+int QuilbexIoctl(int fd, unsigned long request, void* arg) {
+    return TEMP_FAILURE_RETRY(gDeviceCalls.ioctl(fd, request, arg));
+}
+
+bool QuilbexVersion(int& major, int& minor) {
+    const int fd = QuilbexFd();
+    if (fd == -1) return false;
+    const int version = QuilbexIoctl(fd, kQuilbexVersionRequest, nullptr);
+    if (version < 0) {
+        QUILBEX_LOGE(39, "Failed to ioctl %s\n", strerror(errno));
+        return false;
+    }
+    major = (version >> 16) & 0xffff;
+    minor = version & 0xffff;
+    return true;
+}
+
+}  // namespace vyren::quilbex::util

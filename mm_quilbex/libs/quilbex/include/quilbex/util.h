@@ -1,8 +1,40 @@
 #pragma once
 
+#include <string>
+
 namespace vyren::quilbex::util {
 
 // The memory-statistics character device.
 inline constexpr char kQuilbexDevice[] = "/dev/quilbex";
+
+// Device requests. The driver encodes neither a size nor a direction in them.
+inline constexpr unsigned long kQuilbexVersionRequest = 0xFA01;  // no argument
+inline constexpr unsigned long kQuilbexPidRequest = 0xFB01;      // proc_pid_ms
+inline constexpr unsigned long kQuilbexSizeRequest = 0xFB02;     // proc_size_ms
+inline constexpr unsigned long kQuilbexUidRequest = 0xFB03;      // proc_size_ms
+
+// The two system calls through which the engine reaches the device. On a host, which has no such
+// device, a model of the driver takes their place.
+struct DeviceCalls {
+    int (*open)(const char* path, int flags);
+    int (*ioctl)(int fd, unsigned long request, void* arg);
+};
+// Replaces the device calls and returns the ones in use before. Call it before any query.
+DeviceCalls SetDeviceCalls(const DeviceCalls& calls);
+
+// Where the kernel's nodes are found: empty on a device, a simulated device tree on a host.
+// Set once, before any query, and fixed afterwards.
+void SetNodeRoot(std::string root);
+const std::string& NodeRoot();
+
+// The device descriptor, opened on first use and kept for the life of the process; -1 when the
+// device cannot be opened, in which case the next call tries again.
+int QuilbexFd();
+
+// Issues request on the device, again as long as a signal interrupts it.
+int QuilbexIoctl(int fd, unsigned long request, void* arg);
+
+// The driver's version; false when the device cannot be opened or asked.
+bool QuilbexVersion(int& major, int& minor);
 
 }  // namespace vyren::quilbex::util
