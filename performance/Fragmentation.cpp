@@ -29,10 +29,6 @@ constexpr char kF2fsDir[] = "/sys/fs/f2fs/";
 constexpr char kMovedForeground[] = "moved_blocks_foreground";
 constexpr char kMovedBackground[] = "moved_blocks_background";
 
-struct DirCloser {
-    void operator()(DIR* dir) const { closedir(dir); }
-};
-
 // Garbage collection that matters runs on device-mapper volumes and on the tmemory cache.
 bool isF2fsDataDevice(const char* name) {
     return strstr(name, "dm") != nullptr || strstr(name, "tmemory") != nullptr;
@@ -74,21 +70,19 @@ int Performance::GetMaxValueNode(const std::string& path) const {
 std::string Performance::GetDevName(const std::string& directory) const {
     std::string device;
     int best = 0;
-    std::unique_ptr<DIR, DirCloser> dir(opendir(nodePath(directory).c_str()));
-    if (dir == nullptr) return device;
     // Directory order; on a tie the later device wins, and so does an unreadable one while
     // nothing better has been seen.
-    while (const dirent* entry = readdir(dir.get())) {
-        if (!isF2fsDataDevice(entry->d_name)) continue;
+    (void)forEachEntry(directory.c_str(), [&](const dirent& entry) {
+        if (!isF2fsDataDevice(entry.d_name)) return true;
         const int value =
-            GetMaxValueNode(std::string(kF2fsDir) + entry->d_name + "/" + kMovedBackground);
+            GetMaxValueNode(std::string(kF2fsDir) + entry.d_name + "/" + kMovedBackground);
         if (value >= best) {
-            ALOGI("GetDevName:getMaxValue = %d flag_value = %d str = %s", value, best,
-                  entry->d_name);
-            device = entry->d_name;
+            ALOGI("GetDevName:getMaxValue = %d flag_value = %d str = %s", value, best, entry.d_name);
+            device = entry.d_name;
             best = value;
         }
-    }
+        return true;
+    });
     return device;
 }
 
