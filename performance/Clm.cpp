@@ -14,8 +14,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 
 namespace {
 
-constexpr char kOpenFileError[] = "NULL, OPEN FILE ERROR...";
-
 // The CLM nodes are tuned as well as read, so they are opened for reading and writing.
 constexpr Performance::WholeNodeRead kClmRead = {Performance::LineOpen::kReadWrite, kOpenFileError};
 

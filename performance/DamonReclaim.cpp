@@ -31,9 +31,6 @@ constexpr const char* kIntervals[] = {DAMON_PARAMETERS "sample_interval",
 constexpr char kOpenFailure[] =
     "[damon_reclaim] Failed to open %s (%d): %s, Linux version %d.%d.%d";
 
-struct FileCloser {
-    void operator()(FILE* f) const { fclose(f); }
-};
 using Stream = std::unique_ptr<FILE, FileCloser>;
 
 // The parameter files of one call. All are opened ("w": created on a plain file system,

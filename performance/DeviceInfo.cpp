@@ -42,10 +42,6 @@ constexpr char kSignalRecord[] = "/proc/ufs_signalShow/record_upload";
 constexpr char kZetoReserve[] = "/dev/block/by-name/zetoreserve3";
 constexpr char kVyrenReserve[] = "/dev/block/by-name/vyrenreserve3";
 
-struct FreeDeleter {
-    void operator()(char* p) const { free(p); }
-};
-
 // The decimal number at the start of text, as atoi reads it, held to the int range.
 int32_t leadingInt(const std::string& text) {
     const long value = strtol(text.c_str(), nullptr, 10);
@@ -101,7 +97,7 @@ const char* Performance::reservePartition() const {
 }
 
 ::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kSignalRecord, {LineOpen::kRead, "NULL, OPEN FILE ERROR..."});
+    *_aidl_return = readWholeNode(kSignalRecord, {LineOpen::kRead, kOpenFileError});
     return ::ndk::ScopedAStatus::ok();
 }
 

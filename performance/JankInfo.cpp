@@ -20,8 +20,6 @@ constexpr char kLoadIndicator[] = "/proc/jank_info/cpu_jank_info/load_indicator"
 constexpr char kCallStack[] = "/proc/jank_info/cpu_jank_info/callstack";
 constexpr char kVersion[] = "/proc/jank_info/cpu_jank_info/version";
 
-constexpr char kOpenFileError[] = "NULL, OPEN FILE ERROR...";
-
 using Read = Performance::WholeNodeRead;
 using LineOpen = Performance::LineOpen;
 

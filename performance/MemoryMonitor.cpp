@@ -19,7 +19,7 @@ constexpr NodePair kMemoryMonitor = {"/proc/memory_monitor", "/proc/vyren_mem/me
 
 // The report is opened for reading and writing; a monitor that will not open says so in the text.
 constexpr Performance::WholeNodeRead kMonitorReport = {Performance::LineOpen::kReadWrite,
-                                                       "NULL, OPEN FILE ERROR..."};
+                                                       kOpenFileError};
 
 }  // namespace
 

@@ -25,13 +25,6 @@ constexpr size_t kSmallNodeBuffer = 1024;
 // Whole-node line reads take the node in chunks of this size.
 constexpr size_t kLineChunk = 4096;
 
-struct FileCloser {
-    void operator()(FILE* f) const { fclose(f); }
-};
-struct FreeDeleter {
-    void operator()(char* p) const { free(p); }
-};
-
 }  // namespace
 
 std::string Performance::nodePath(std::string_view path) const {

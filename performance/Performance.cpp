@@ -20,13 +20,6 @@ namespace {
 constexpr char kVersionNode[] = "/proc/version";
 constexpr char kDefaultMemcgRoot[] = "/dev/memcg/";
 
-struct FileCloser {
-    void operator()(FILE* f) const { fclose(f); }
-};
-struct FreeDeleter {
-    void operator()(char* p) const { free(p); }
-};
-
 }  // namespace
 
 Performance::Performance() : Performance(std::string()) {}

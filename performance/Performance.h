@@ -4,6 +4,8 @@
 #include <dirent.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -12,6 +14,17 @@
 #include <vector>
 
 namespace aidl::vendor::vyren::hardware::performance {
+
+// What a whole-node read answers when its node cannot be opened.
+inline constexpr char kOpenFileError[] = "NULL, OPEN FILE ERROR...";
+
+// Owners of a C stream and of a malloc'ed buffer.
+struct FileCloser {
+    void operator()(FILE* f) const { fclose(f); }
+};
+struct FreeDeleter {
+    void operator()(void* p) const { free(p); }
+};
 
 // A kernel node that moved when the vendor memory nodes were reorganised in kernel 5.10.
 struct NodePair {

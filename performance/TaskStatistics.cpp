@@ -49,7 +49,7 @@ struct IoReport {
 constexpr IoReport kIoReports[] = {{"flow", "/proc/IoMonitor/flow"},
                                    {"daily", "/proc/IoMonitor/daily"},
                                    {"uid_io_show", "/proc/IoMonitor/uid_io_show"}};
-constexpr WholeNodeRead kIoReportRead = {LineOpen::kReadWrite, "NULL, OPEN FILE ERROR..."};
+constexpr WholeNodeRead kIoReportRead = {LineOpen::kReadWrite, kOpenFileError};
 
 }  // namespace
 

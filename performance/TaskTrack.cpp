@@ -38,7 +38,7 @@ constexpr std::string_view kIdleLine = "0 0 0 0 0 0 0 0";
 constexpr std::string_view kSleepLine = "0 0 128 0 0 0 0 0";
 
 constexpr Performance::WholeNodeRead kReportRead = {Performance::LineOpen::kReadWrite,
-                                                    "NULL, OPEN FILE ERROR...",
+                                                    kOpenFileError,
                                                     Performance::OpenFailureLog::kNone,
                                                     0,
                                                     nullptr,

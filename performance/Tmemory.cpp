@@ -77,7 +77,7 @@ std::string Performance::readTmemoryNode(const char* node) const {
     std::string dir;
     if (!findTmemoryPath(dir)) return "NULL";
     const std::string path = kTmemoryRoot + dir + node;
-    const std::string failure = "NULL, OPEN FILE ERROR..." + path;
+    const std::string failure = std::string(kOpenFileError) + path;
     return readWholeNode(path.c_str(), {LineOpen::kRead, failure.c_str()});
 }
 
