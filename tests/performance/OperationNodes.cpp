@@ -54,6 +54,10 @@ std::string testing::RowName(const ::testing::TestParamInfo<OperationRow>& info)
     return info.param.name;
 }
 
+void testing::PrintTo(const OperationRow& row, std::ostream* os) {
+    *os << row.name;
+}
+
 }  // namespace aidl::vendor::vyren::hardware::performance
 
 namespace aidl::vendor::vyren::hardware::performance {
@@ -115,6 +119,19 @@ TEST_P(OperationNodesTest, NodeRefusingWrites) {
         clearLogs();
         EXPECT_EQ(row.call(*service), row.refused->result);
         EXPECT_EQ(logs(), substituted(row.refused->logs, node, release));
+    });
+}
+
+TEST_P(OperationNodesTest, NodeTakingNoBytes) {
+    const OperationRow& row = GetParam();
+    if (!row.takesNoBytes) GTEST_SKIP() << "the row has no case of a node taking no bytes";
+    forEachKernel(mRoot, row, [&](const std::string& release, const std::string& node) {
+        setKernel(release);
+        makeNodeTakingNoBytes(node);
+        auto service = makeService();
+        clearLogs();
+        EXPECT_EQ(row.call(*service), row.takesNoBytes->result);
+        EXPECT_EQ(logs(), substituted(row.takesNoBytes->logs, node, release));
     });
 }
 
