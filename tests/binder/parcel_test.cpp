@@ -441,41 +441,6 @@ TEST(ParcelBadInputTest, CorruptedWordsAreReadOrRefusedCleanly) {
     }
 }
 
-struct StatusCase {
-    const char* name;
-    std::function<AStatus*()> make;
-};
-
-class StatusHeaderTest : public testing::TestWithParam<StatusCase> {};
-
-TEST_P(StatusHeaderTest, RoundTrips) {
-    ndk::ScopedAStatus original(GetParam().make());
-    ndk::ScopedAParcel parcel = newParcel();
-    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), original.get()));
-    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
-    ndk::ScopedAStatus read;
-    ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(copy.get(), read.getR()));
-    EXPECT_EQ(original.isOk(), read.isOk());
-    EXPECT_EQ(original.getExceptionCode(), read.getExceptionCode());
-    EXPECT_EQ(original.getServiceSpecificError(), read.getServiceSpecificError());
-    EXPECT_STREQ(original.getMessage(), read.getMessage());
-    EXPECT_EQ(original.getDescription(), read.getDescription());
-    EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Statuses, StatusHeaderTest,
-    testing::Values(
-        StatusCase{"ok", [] { return AStatus_newOk(); }},
-        StatusCase{"exception", [] { return AStatus_fromExceptionCode(EX_ILLEGAL_ARGUMENT); }},
-        StatusCase{
-            "exception_with_message",
-            [] { return AStatus_fromExceptionCodeWithMessage(EX_SECURITY, "denied \xc3\xa9"); }},
-        StatusCase{"service_specific", [] { return AStatus_fromServiceSpecificError(-42); }},
-        StatusCase{"service_specific_with_message",
-                   [] { return AStatus_fromServiceSpecificErrorWithMessage(7, "seven"); }}),
-    [](const testing::TestParamInfo<StatusCase>& info) { return std::string(info.param.name); });
-
 TEST(StatusHeaderTest, TransportErrorsAreNotWritten) {
     ndk::ScopedAParcel parcel = newParcel();
     ndk::ScopedAStatus status = ndk::ScopedAStatus::fromStatus(STATUS_NO_MEMORY);
