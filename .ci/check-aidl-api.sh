@@ -3,7 +3,10 @@
 #  - each frozen version's .hash matches the hash the interface tooling would
 #    compute for it, so a hand-edited dump cannot slip through;
 #  - the latest frozen version (2) is exactly the in-tree sources plus the dump
-#    header, file for file.
+#    header, file for file;
+#  - each version is a compatible extension of the one before (1 -> 2 -> current):
+#    no operation or field moved, removed or retyped, checked by aidl --checkapi,
+#    and no enum value changed.
 # Run from the repository root.
 set -euo pipefail
 
@@ -105,9 +108,44 @@ check_latest_matches_sources() {
     done < <(list_aidl "${frozen_dir}")
 }
 
+# The host's aidl predates @VintfStability and @Backing enums: give it copies without the
+# annotations and without the enum, whose values are compared here instead.
+readonly enum_file="${pkg_path}/TaskGroup.aidl"
+scratch="$(mktemp -d)"
+trap 'rm -rf "${scratch}"' EXIT
+
+prepare() {
+    local version="$1"
+    cp -r "${api_dir}/${version}" "${scratch}/${version}"
+    rm -f "${scratch}/${version}/.hash" "${scratch}/${version}/${enum_file}"
+    find "${scratch}/${version}" -name '*.aidl' -exec \
+        sed -i -E 's/@VintfStability[[:space:]]*//g; s/@Backing\([^)]*\)[[:space:]]*//g' {} +
+}
+
+enum_members() {
+    grep -E '^[[:space:]]*[A-Z0-9_]+[[:space:]]*=' "${api_dir}/$1/${enum_file}" | tr -d ' ,' |
+        LC_ALL=C sort
+}
+
+check_compatible() {
+    local old="$1" new="$2"
+    [[ -d "${scratch}/${old}" ]] || prepare "${old}"
+    [[ -d "${scratch}/${new}" ]] || prepare "${new}"
+    # It aborts on some inputs it cannot parse: any non-zero status is a failure.
+    if ! aidl --checkapi "${scratch}/${old}" "${scratch}/${new}"; then
+        fail "version ${new} is not a compatible extension of version ${old}"
+    fi
+    local member
+    while read -r member; do
+        fail "version ${new}: enum member ${member} of version ${old} is missing or changed"
+    done < <(LC_ALL=C comm -23 <(enum_members "${old}") <(enum_members "${new}"))
+}
+
 check_hash 1 latest-version
 check_hash 2 1
 check_latest_matches_sources
+check_compatible 1 2
+check_compatible 2 current
 
 if ((failures > 0)); then
     echo "check-aidl-api: ${failures} problem(s) found"

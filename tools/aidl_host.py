@@ -5,9 +5,13 @@ The host compiler (Android 10) predates three things the interface relies on:
   * the @VintfStability annotation, which is stripped from a scratch copy;
   * enums, whose headers are generated here from their .aidl files;
   * getInterfaceHash, which is added to every generated interface, answering the
-    frozen hash of the version being built, as the device's generated code does.
+    frozen hash of the version being built, as the device's generated code does;
+  * a bounded parcelable size: its readFromParcel tests the size before the status of the read
+    that sets it, and adds a size that can be as large as INT32_MAX to the start position. The
+    status is now tested first, and a size reaching past INT32_MAX is refused.
 
-Usage: aidl_host.py --src DIR --version N --hash-file FILE --out DIR
+Usage: aidl_host.py --src DIR --version N [--hash-file FILE] --out DIR
+Without a hash file no interface gets getInterfaceHash.
 The .aidl files under DIR are the only input; nothing is copied from them by hand.
 """
 
@@ -166,6 +170,17 @@ def default_scalar_fields(path):
         f.write(SCALAR_FIELD.sub(initialise, text))
 
 
+SIZE_READ = """  _aidl_ret_status = AParcel_readInt32(parcel, &_aidl_parcelable_size);
+  if (_aidl_parcelable_size < 0) return STATUS_BAD_VALUE;
+  if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
+"""
+BOUNDED_SIZE_READ = """  _aidl_ret_status = AParcel_readInt32(parcel, &_aidl_parcelable_size);
+  if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
+  if (_aidl_parcelable_size < 0) return STATUS_BAD_VALUE;
+  if (_aidl_start_pos > INT32_MAX - _aidl_parcelable_size) return STATUS_BAD_VALUE;
+"""
+
+
 def add_interface_hash(out, hdr, package, iface, frozen_hash):
     base = iface[1:] if iface.startswith("I") else iface
     bp, bn = "Bp" + base, "Bn" + base
@@ -207,15 +222,17 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--src", required=True)
     parser.add_argument("--version", required=True)
-    parser.add_argument("--hash-file", required=True)
+    parser.add_argument("--hash-file")
     parser.add_argument("--out", required=True)
     parser.add_argument("--aidl", default="aidl")
     args = parser.parse_args()
 
-    with open(args.hash_file) as f:
-        frozen_hash = f.read().split()[0]
-    if not re.fullmatch(r"[0-9a-f]{40}", frozen_hash):
-        sys.exit("aidl_host: %s does not hold a 40-digit hash" % args.hash_file)
+    frozen_hash = None
+    if args.hash_file:
+        with open(args.hash_file) as f:
+            frozen_hash = f.read().split()[0]
+        if not re.fullmatch(r"[0-9a-f]{40}", frozen_hash):
+            sys.exit("aidl_host: %s does not hold a 40-digit hash" % args.hash_file)
 
     src_out = os.path.join(args.out, "src")
     hdr_out = os.path.join(args.out, "include")
@@ -251,12 +268,14 @@ def main():
         for copy, package, iface in compiled:
             subprocess.run([args.aidl, "--lang=ndk", "--structured", "-v", args.version,
                             "-I", scratch, "-o", src_out, "-h", hdr_out, copy], check=True)
+            name = os.path.splitext(os.path.basename(copy))[0]
+            rel = package.replace(".", "/")
             if iface:
-                add_interface_hash(src_out, hdr_out, package, iface, frozen_hash)
+                if frozen_hash:
+                    add_interface_hash(src_out, hdr_out, package, iface, frozen_hash)
             else:
-                name = os.path.splitext(os.path.basename(copy))[0]
-                default_scalar_fields(os.path.join(hdr_out, "aidl", package.replace(".", "/"),
-                                                   name + ".h"))
+                default_scalar_fields(os.path.join(hdr_out, "aidl", rel, name + ".h"))
+                patch(os.path.join(src_out, rel, name + ".cpp"), SIZE_READ, BOUNDED_SIZE_READ, 1)
 
 
 if __name__ == "__main__":

@@ -114,19 +114,6 @@ TEST_F(LocalProxyTest, CallingIdentityIsOwnProcess) {
     EXPECT_EQ(getpid(), AIBinder_getCallingPid());
 }
 
-TEST_F(LocalProxyTest, DumpReachesTheObject) {
-    int fds[2];
-    ASSERT_EQ(0, pipe(fds));
-    const char* args[] = {"--verbose", "x"};
-    EXPECT_EQ(STATUS_OK, proxy->dump(fds[1], args, 2));
-    close(fds[1]);
-    char buffer[64] = {};
-    ssize_t n = read(fds[0], buffer, sizeof(buffer) - 1);
-    close(fds[0]);
-    ASSERT_GT(n, 0);
-    EXPECT_STREQ("toy --verbose x\n", buffer);
-}
-
 TEST(BinderLifetimeTest, BinderKeepsObjectAliveAndIsReusedWhileAlive) {
     std::weak_ptr<toy::ToyService> weakService;
     AIBinder_Weak* weakBinder = nullptr;

@@ -167,7 +167,7 @@ TEST_F(RemoteTest, LargeCallsUpToTheFrameLimit) {
     EXPECT_TRUE(toy->echoString("small", &echoed).isOk());
 }
 
-TEST_F(RemoteTest, ThreadsShareOneProxy) {
+TEST_F(RemoteTest, ConcurrentThreadsShareOneProxy) {
     ASSERT_GT(startServer(), 0);
     std::shared_ptr<IToy> toy = connectToy();
     ASSERT_NE(nullptr, toy);
@@ -186,7 +186,7 @@ TEST_F(RemoteTest, ThreadsShareOneProxy) {
     EXPECT_EQ(0, failures.load());
 }
 
-TEST_F(RemoteTest, SlowCallDoesNotHoldUpOtherClients) {
+TEST_F(RemoteTest, ConcurrentClientsPassASlowCall) {
     ASSERT_GT(startServer(kName, 4), 0);
     std::shared_ptr<IToy> slow = connectToy();
     std::shared_ptr<IToy> observer = connectToy();

@@ -19,24 +19,28 @@ class ToyService : public aidl::vendor::test::toy::BnToy {
 
     ndk::ScopedAStatus makeRecord(int32_t count, const std::string& label,
                                   Record* _aidl_return) override;
-    ndk::ScopedAStatus echoString(const std::string& value, std::string* _aidl_return) override;
+    ndk::ScopedAStatus echoString(const std::string& value, std::string* out) override {
+        *out = value;
+        return ndk::ScopedAStatus::ok();
+    }
     ndk::ScopedAStatus reverseInts(const std::vector<int32_t>& values,
-                                   std::vector<int32_t>* _aidl_return) override;
-    ndk::ScopedAStatus addLong(int64_t a, int64_t b, int64_t* _aidl_return) override;
-    ndk::ScopedAStatus negate(bool value, bool* _aidl_return) override;
-    ndk::ScopedAStatus nextChar(char16_t value, char16_t* _aidl_return) override;
-    ndk::ScopedAStatus doNothing() override;
-    ndk::ScopedAStatus echoByte(int8_t value, int8_t* _aidl_return) override;
-    ndk::ScopedAStatus halfFloat(float value, float* _aidl_return) override;
-    ndk::ScopedAStatus halfDouble(double value, double* _aidl_return) override;
-    ndk::ScopedAStatus echoStrings(const std::vector<std::string>& values,
-                                   std::vector<std::string>* _aidl_return) override;
-    ndk::ScopedAStatus echoLongs(const std::vector<int64_t>& values,
-                                 std::vector<int64_t>* _aidl_return) override;
-    ndk::ScopedAStatus echoNullable(const std::optional<std::string>& value,
-                                    std::optional<std::string>* _aidl_return) override;
-    ndk::ScopedAStatus echoItems(const std::vector<Item>& items,
-                                 std::vector<Item>* _aidl_return) override;
+                                   std::vector<int32_t>* out) override {
+        out->assign(values.rbegin(), values.rend());
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus addLong(int64_t a, int64_t b, int64_t* out) override {
+        *out = a + b;
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus negate(bool value, bool* out) override {
+        *out = !value;
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus nextChar(char16_t value, char16_t* out) override {
+        *out = static_cast<char16_t>(value + 1);
+        return ndk::ScopedAStatus::ok();
+    }
+    ndk::ScopedAStatus doNothing() override { return ndk::ScopedAStatus::ok(); }
     ndk::ScopedAStatus fail(int32_t exceptionCode, int32_t serviceError, const std::string& message,
                             int32_t* _aidl_return) override;
     // Waits until woken or until millis pass; returns 1 when woken.

@@ -16,7 +16,6 @@ namespace e2e {
 
 // The programs under test, as the build placed them.
 inline constexpr char kDaemon[] = E2E_DAEMON;
-inline constexpr char kTestService[] = E2E_TEST_SERVICE;
 inline constexpr char kClient[] = E2E_CLIENT;
 inline constexpr char kPerfctl[] = E2E_PERFCTL;
 

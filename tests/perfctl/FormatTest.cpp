@@ -16,6 +16,8 @@ using ::aidl::vendor::vyren::hardware::performance::ProcMemStat;
 using ::aidl::vendor::vyren::hardware::performance::ProcMemStatRet;
 using ::aidl::vendor::vyren::hardware::performance::ProcReqHal;
 using ::aidl::vendor::vyren::hardware::performance::ProcReqItemHal;
+using ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet;
+using ::aidl::vendor::vyren::hardware::performance::TaskWakeInfo;
 
 template <typename T>
 std::string Formatted(const T& value) {
@@ -83,6 +85,25 @@ TEST(FormatTest, ParcelableArrays) {
                               R"({"key":"wait","separator":"\n","flag":-3},)"
                               R"({"key":"wait","separator":"\n","flag":-3}]})"
                               "\n");
+}
+
+TEST(FormatTest, NestedAndFlatRecords) {
+    TaskWakeInfo info;
+    info.status = 7;
+    info.threads.resize(2);
+    info.threads[0] = {1, 2, 3, 4, 5, 6, 7};
+    info.threads[1] = {INT32_MIN, -1, 0, INT32_MAX, 10123, 580, 3120};
+    EXPECT_EQ(Formatted(info),
+              R"({"status":7,"threads":[)"
+              R"({"field1":1,"field2":2,"field3":3,"field4":4,"field5":5,"field6":6,"field7":7},)"
+              R"({"field1":-2147483648,"field2":-1,"field3":0,"field4":2147483647,)"
+              R"("field5":10123,"field6":580,"field7":3120}]})"
+              "\n");
+
+    QuilbexVersionRet version;
+    version.major = 2;
+    version.minor = 14;
+    EXPECT_EQ(Formatted(version), "{\"result\":0,\"major\":2,\"minor\":14}\n");
 }
 
 }  // namespace

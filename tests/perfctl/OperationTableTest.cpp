@@ -113,7 +113,8 @@ Value SampleArgument(ArgType type, size_t position) {
 }
 
 TEST(OperationTableTest, EveryEntryCallsItsOwnTransactionWithItsArguments) {
-    AIBinder_Class* clazz = AIBinder_Class_define(
+    // Classes live as long as the process, as they would as statics.
+    static AIBinder_Class* clazz = AIBinder_Class_define(
         IPerformance::descriptor, [](void* args) { return args; }, [](void*) {}, RecordTransaction);
     ASSERT_NE(clazz, nullptr);
     ndk::SpAIBinder binder(AIBinder_new(clazz, nullptr));

@@ -2,11 +2,13 @@
 
 #include <android-base/file.h>
 #include <android/log.h>
+#include <dlfcn.h>
 #include <processgroup_host.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 
 namespace aidl::vendor::vyren::hardware::performance {
@@ -22,7 +24,27 @@ void captureLog(const struct __android_logger_data* data, const char* message) {
         {data->tag != nullptr ? data->tag : "", data->priority, message != nullptr ? message : ""});
 }
 
+// The inode of the node that takes no bytes; 0 when there is none.
+std::atomic<ino_t> gNodeTakingNoBytes{0};
+
 }  // namespace
+
+}  // namespace aidl::vendor::vyren::hardware::performance
+
+// Every write of this process comes here, so that a node can answer as a kernel node whose store
+// accepts nothing: 0 bytes written and errno left alone. Other writes go on to the next write in
+// line, a sanitizer's check included.
+extern "C" ssize_t write(int fd, const void* buffer, size_t count) {
+    using aidl::vendor::vyren::hardware::performance::gNodeTakingNoBytes;
+    using Write = ssize_t (*)(int, const void*, size_t);
+    static const Write next = reinterpret_cast<Write>(dlsym(RTLD_NEXT, "write"));
+    struct stat st;
+    const ino_t inode = gNodeTakingNoBytes.load();
+    if (inode != 0 && fstat(fd, &st) == 0 && st.st_ino == inode) return 0;
+    return next(fd, buffer, count);
+}
+
+namespace aidl::vendor::vyren::hardware::performance {
 
 void PrintTo(const LogLine& line, std::ostream* os) {
     *os << "{" << line.tag << ", " << line.priority << ", \"" << line.text << "\"}";
@@ -38,6 +60,7 @@ void NodeRootTest::SetUp() {
     __android_log_set_logger(captureLog);
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     clearLogs();
+    gNodeTakingNoBytes = 0;
 }
 
 void NodeRootTest::TearDown() {
@@ -57,6 +80,8 @@ std::shared_ptr<Performance> NodeRootTest::makeService() {
 }
 
 void NodeRootTest::writeNode(const std::string& node, const std::string& content) {
+    // A file written here is never the node taking no bytes, even where it reuses that inode.
+    gNodeTakingNoBytes = 0;
     std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
     ASSERT_TRUE(android::base::WriteStringToFile(content, path(node))) << node;
 }
@@ -79,6 +104,13 @@ void NodeRootTest::makeDirectoryAt(const std::string& node) {
 void NodeRootTest::makeRefusingNode(const std::string& node) {
     std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
     ASSERT_EQ(symlink("/dev/full", path(node).c_str()), 0) << node;
+}
+
+void NodeRootTest::makeNodeTakingNoBytes(const std::string& node) {
+    writeNode(node, "");
+    struct stat st;
+    ASSERT_EQ(stat(path(node).c_str(), &st), 0) << node;
+    gNodeTakingNoBytes = st.st_ino;
 }
 
 std::vector<LogLine> NodeRootTest::logs() const {

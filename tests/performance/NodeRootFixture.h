@@ -25,7 +25,8 @@ void PrintTo(const LogLine& line, std::ostream* os);
 // A temporary node root standing in for the kernel's procfs and sysfs, and a capture of every log
 // line the service writes. An absent node is modelled by an absent parent directory (a "w" open of
 // a missing procfs node fails, where in a plain directory it would create the file); a node that
-// refuses writes is a symlink to /dev/full.
+// refuses writes is a symlink to /dev/full, and one that takes none of the bytes written a file
+// whose writes return 0 in this process.
 class NodeRootTest : public ::testing::Test {
   protected:
     void SetUp() override;
@@ -45,6 +46,7 @@ class NodeRootTest : public ::testing::Test {
     bool exists(const std::string& node) const;
     void makeDirectoryAt(const std::string& node);
     void makeRefusingNode(const std::string& node);
+    void makeNodeTakingNoBytes(const std::string& node);
 
     std::vector<LogLine> logs() const;
     std::vector<LogLine> logsOf(const std::string& tag) const;

@@ -106,14 +106,22 @@ TEST_P(OperationNodesTest, NodePresent) {
         EXPECT_EQ(row.call(*service), substituted(row.present.result, node, release));
         EXPECT_EQ(readNode(node), row.written.value_or(row.content));
         EXPECT_EQ(logs(), substituted(row.present.logs, node, release));
-        if (!row.refused) return;
-
-        // The same node refusing every write.
-        std::filesystem::remove(path(node));
-        makeRefusingNode(node);
-        clearLogs();
-        EXPECT_EQ(row.call(*service), substituted(row.refused->result, node, release));
-        EXPECT_EQ(logs(), substituted(row.refused->logs, node, release));
+        if (row.refused) {
+            // The same node refusing every write.
+            std::filesystem::remove(path(node));
+            makeRefusingNode(node);
+            clearLogs();
+            EXPECT_EQ(row.call(*service), substituted(row.refused->result, node, release));
+            EXPECT_EQ(logs(), substituted(row.refused->logs, node, release));
+        }
+        if (row.takesNoBytes) {
+            // The same node taking no bytes of a write.
+            std::filesystem::remove(path(node));
+            makeNodeTakingNoBytes(node);
+            clearLogs();
+            EXPECT_EQ(row.call(*service), substituted(row.takesNoBytes->result, node, release));
+            EXPECT_EQ(logs(), substituted(row.takesNoBytes->logs, node, release));
+        }
     });
 }
 

@@ -2,9 +2,9 @@
 
 // The operation-nodes table: each operation as seen from the kernel node it uses. A row names the
 // call, the node on each tree, the node's bytes before and after, and the result and log lines
-// with the node present, absent and, where it matters, refusing writes. The generic tests in
-// OperationNodes.cpp run every row on each kernel it holds for; each feature's test file adds
-// its rows with INSTANTIATE_OPERATION_ROWS.
+// with the node present, absent and, where it matters, refusing writes or taking no bytes. The
+// generic tests in OperationNodes.cpp run every row on each kernel it holds for; each feature's
+// test file adds its rows with INSTANTIATE_OPERATION_ROWS.
 
 #include <android/log.h>
 
@@ -83,6 +83,8 @@ struct OperationRow {
     Outcome absent;
     // With the node a symlink to /dev/full, which takes an open and refuses every write.
     std::optional<Outcome> refused;
+    // With the node taking none of the bytes written: each write returns 0.
+    std::optional<Outcome> takesNoBytes = std::nullopt;
 };
 
 // A row whose node is the same on every kernel. A function rather than braces, so that a table

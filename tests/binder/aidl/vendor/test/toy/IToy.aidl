@@ -11,13 +11,6 @@ interface IToy {
     boolean negate(boolean value);
     char nextChar(char value);
     void doNothing();
-    byte echoByte(byte value);
-    float halfFloat(float value);
-    double halfDouble(double value);
-    String[] echoStrings(in String[] values);
-    long[] echoLongs(in long[] values);
-    @nullable String echoNullable(in @nullable String value);
-    Item[] echoItems(in Item[] items);
     int fail(int exceptionCode, int serviceError, in String message);
     int sleepMillis(int millis);
     int[] sleepStats();

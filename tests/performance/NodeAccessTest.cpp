@@ -1,0 +1,146 @@
+// The node-access helpers the service exposes, each driven by a table of nodes: missing, refusing,
+// empty, NUL-holding, overlong and failing part way.
+
+#include <android-base/unique_fd.h>
+#include <android/log.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "NodeRootFixture.h"
+
+namespace aidl::vendor::vyren::hardware::performance {
+namespace {
+
+constexpr char kTag[] = "PerformanceService";
+constexpr char kNode[] = "/proc/node";
+
+// A read of the process's own memory that ends at an unmapped page: the first read returns the
+// bytes before the hole, the next one fails. Offsets are ints, so the page sits below 2 GiB.
+constexpr uintptr_t kHole = 0x40001000;
+
+enum class Node { kFile, kAbsent, kDirectory, kPipe, kEndsInHole };
+
+struct ReadCase {
+    const char* name;
+    Node node;
+    std::string content;
+    int offset;
+    int size;
+    int result;
+    std::string bytes;
+    std::string debugLog;  // none when empty
+};
+
+// clang-format off
+const ReadCase kReads[] = {
+    {"from_offset", Node::kFile, "0123456789", 3, 4, 4, "3456", ""},
+    {"short_tail", Node::kFile, "0123456789", 8, 4, 2, "89", ""},
+    {"past_end", Node::kFile, "0123456789", 50, 4, 0, "", ""},
+    {"empty", Node::kFile, "", 0, 4, 0, "", ""},
+    {"nul_holding", Node::kFile, std::string("ab\0cd", 5), 0, 8, 5, std::string("ab\0cd", 5), ""},
+    // Bad arguments are refused before the node is opened, so nothing is logged.
+    {"zero_size", Node::kFile, "text", 0, 0, -1, "", ""},
+    {"negative_offset", Node::kFile, "text", -1, 4, -1, "", ""},
+    {"zero_size_absent", Node::kAbsent, "", 0, 0, -1, "", ""},
+    {"absent", Node::kAbsent, "", 0, 8, -1, "",
+     "open /proc/node failed! err:No such file or directory, Linux version 5.15.78"},
+    {"directory", Node::kDirectory, "", 5, 8, -1, "", "read no content! size:5"},
+    {"unseekable", Node::kPipe, "", 0, 8, -1, "", "read failed! size:-1"},
+    {"fails_after_some_bytes", Node::kEndsInHole, "", static_cast<int>(kHole - 4), 16, -1, "",
+     "read no content! size:" + std::to_string(kHole)},
+};
+// clang-format on
+
+void PrintTo(const ReadCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ReadInterfaceTest : public NodeRootTest, public ::testing::WithParamInterface<ReadCase> {};
+
+TEST_P(ReadInterfaceTest, ReturnsBytesAndLogsAsTheNodeAllows) {
+    const ReadCase& c = GetParam();
+    android::base::unique_fd pipeWriter;
+    makeDirectoryAt("/proc");
+    switch (c.node) {
+        case Node::kFile:
+            writeNode(kNode, c.content);
+            break;
+        case Node::kAbsent:
+            break;
+        case Node::kDirectory:
+            makeDirectoryAt(kNode);
+            break;
+        case Node::kPipe:
+            ASSERT_EQ(mkfifo(path(kNode).c_str(), 0600), 0);
+            // A writer of its own, so that the service's open does not wait for one.
+            pipeWriter.reset(open(path(kNode).c_str(), O_RDWR | O_CLOEXEC));
+            ASSERT_GE(pipeWriter, 0);
+            break;
+        case Node::kEndsInHole: {
+            const size_t page = sysconf(_SC_PAGESIZE);
+            void* start = reinterpret_cast<void*>(kHole - page);
+            if (mmap(start, 2 * page, PROT_READ | PROT_WRITE,
+                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0) != start) {
+                GTEST_SKIP() << "the address below the hole is taken";
+            }
+            munmap(reinterpret_cast<void*>(kHole), page);
+            ASSERT_EQ(symlink("/proc/self/mem", path(kNode).c_str()), 0);
+            break;
+        }
+    }
+    auto service = makeService("5.15.78");
+    clearLogs();
+    std::string buffer(c.size, '\x7f');
+    EXPECT_EQ(service->readInterface(kNode, c.offset, buffer.data(), c.size), c.result);
+    EXPECT_EQ(buffer.substr(0, std::max(c.result, 0)), c.bytes);
+    std::vector<LogLine> expected;
+    if (!c.debugLog.empty()) expected.push_back({kTag, ANDROID_LOG_DEBUG, c.debugLog});
+    EXPECT_EQ(logs(), expected);
+    EXPECT_EQ(service->readInterface(kNode, 0, nullptr, 8), -1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Nodes, ReadInterfaceTest, ::testing::ValuesIn(kReads),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+using ReadFileToStringTTest = NodeRootTest;
+
+TEST_F(ReadFileToStringTTest, ReadsOnceAndCutsAt1023Bytes) {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
+        {"/proc/long", std::string(2000, 'x'), std::string(1023, 'x')},
+        {"/proc/nul", std::string("ab\0cd", 5), "ab"},
+        {"/proc/empty", "", ""},
+    };
+    auto service = makeService("5.15.78");
+    std::string out = "stale";
+    for (const auto& [node, content, expected] : cases) {
+        writeNode(node, content);
+        EXPECT_TRUE(service->ReadFileToStringT(node, &out)) << node;
+        EXPECT_EQ(out, expected) << node;
+    }
+    clearLogs();
+    EXPECT_FALSE(service->ReadFileToStringT("/proc/absent", &out));
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(
+        logs(),
+        (std::vector<LogLine>{{kTag, ANDROID_LOG_INFO, "get fd of ReadFileToStringT failed!"}}));
+}
+
+TEST(SplitStringTest, SkipsEmptyTokensAndAppends) {
+    const std::tuple<const char*, const char*, std::vector<std::string>> cases[] = {
+        {"a,,b", ",", {"kept", "a", "b"}},
+        {";1 2;;3 ", "; ", {"kept", "1", "2", "3"}},
+        {",,,", ",", {"kept"}},
+    };
+    for (const auto& [text, delimiters, expected] : cases) {
+        std::vector<std::string> out = {"kept"};
+        splitString(text, delimiters, &out);
+        EXPECT_EQ(out, expected) << text;
+    }
+}
+
+}  // namespace
+}  // namespace aidl::vendor::vyren::hardware::performance
