@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <poll.h>
 
 #include <utility>
@@ -73,6 +74,9 @@ binder_status_t RemoteEndpoint::transact(transaction_code_t code, const AParcel*
 
         FrameHeader header;
         if (readExact(connection.get(), &header, sizeof(header)) != ReadResult::kOk) {
+            // The service closes idle connections, and one it closed with this request still
+            // unread is reset: the request never ran, so it may go out again.
+            if (reused && errno == ECONNRESET) continue;
             return STATUS_DEAD_OBJECT;
         }
         if (header.magic != kReplyMagic || header.size > kMaxPayloadSize) {
