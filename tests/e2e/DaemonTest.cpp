@@ -5,7 +5,6 @@
 #include <android-base/file.h>
 #include <android-base/strings.h>
 #include <android/binder_ibinder.h>
-#include <grp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -106,6 +105,21 @@ TEST_F(DaemonTest, PerfctlPrintsReportsAsTheirExactBytes) {
         ASSERT_TRUE(result.exitedWith(0)) << result.describe();
         EXPECT_EQ(result.out, readNode(node));
     }
+}
+
+TEST_F(DaemonTest, FullSizeReportCrossesWhole) {
+    // Longer than the report's 524288-byte buffer, which comes back full: 1 MiB as UTF-16.
+    std::string node;
+    while (node.size() < 600000) node += "hash:0x5e1f00d7 count:42 size:4096 frames:12\n";
+    writeNode(kStackHash, node);
+    const std::string report = node.substr(0, 524288);
+
+    std::string text;
+    ASSERT_TRUE(mService->getVmallocDebug(&text).isOk());
+    EXPECT_TRUE(text == report) << text.size() << " bytes";
+    const RunResult printed = perfctl({"getVmallocDebug"});
+    ASSERT_TRUE(printed.exitedWith(0)) << printed.err;
+    EXPECT_TRUE(printed.out == report) << printed.out.size() << " bytes";
 }
 
 TEST_F(DaemonTest, PerfctlReportsAnUnbuiltOperationOnOneLine) {
@@ -342,6 +356,16 @@ TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
     EXPECT_EQ(used, readNode(kVmallocUsed));
 }
 
+using StartTest = DeviceTest;
+
+TEST_F(StartTest, DaemonRefusesToServeWithoutANodeRoot) {
+    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
+    const RunResult result = RunProgram({kDaemon}, kStartLimit);
+    EXPECT_TRUE(result.exitedWith(2)) << result.describe();
+    EXPECT_NE(result.err.find("--root /"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("tools/serve.sh"), std::string::npos) << result.err;
+}
+
 TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
     auto client = Child::Spawn({kClient, kDefaultInstance, "loop"}, mDir + "/client.log",
                                Child::Output::kPipe);
@@ -556,35 +580,56 @@ TEST_F(RecordTest, QuilbexVersionRetCrossesWhole) {
     EXPECT_EQ(printed.out, "{\"result\":0,\"major\":2,\"minor\":14}\n");
 }
 
-// ---- caller identity ----------------------------------------------------------------------------
+// ---- who may call ------------------------------------------------------------------------------
 
-constexpr uid_t kAppUid = 10123;
+// The test service admits these app uids besides root, as a device's policy would admit them.
+constexpr char kAllowedApps[] = "10100-10199";
 
-// Runs in a forked client before it execs, and so before it connects to any service.
-void BecomeApp() {
-    if (setgroups(0, nullptr) != 0 || setgid(kAppUid) != 0 || setuid(kAppUid) != 0) _exit(126);
-}
+class CallerUidTest : public DeviceTest {
+  protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        if (HasFatalFailure()) return;
+        if (geteuid() != 0) GTEST_SKIP() << "running clients under app uids needs root";
+        copyTree("kernel-5.15");
+        ASSERT_NE(startService(kTestService, kTestInstance, {"--allow-uid", kAllowedApps}), nullptr);
+    }
+};
 
-TEST_F(RecordTest, ServiceSeesTheUidOfEachCaller) {
-    if (geteuid() != 0) GTEST_SKIP() << "switching a client to uid 10123 needs root";
-    openServicesToEveryone();
+struct UidCallCase {
+    const char* name;
+    uid_t uid;
+    std::vector<std::string> argv;  // argv[0] is the program
+    int exitCode;
+    const char* out;
+};
 
+TEST_F(CallerUidTest, ServiceSeesTheUidOfEachCallerAndAdmitsOnlyAllowedOnes) {
+    const UidCallCase cases[] = {
+        {"proxy_inside", 10123, {kClient, kTestInstance, "uid"}, 0, "10123\n"},
+        {"perfctl_inside",
+         10123,
+         {kPerfctl, "--service", kTestInstance, "getAcmOpstat"},
+         0,
+         "10123\n"},
+        {"perfctl_outside", 10250, {kPerfctl, "--service", kTestInstance, "getAcmOpstat"}, 1, ""},
+        {"dump_by_an_app", 10123, {kPerfctl, "--service", kTestInstance, "--dump"}, 1, ""},
+    };
+    for (const UidCallCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        const RunResult result = runAsUid(c.uid, c.argv);
+        EXPECT_TRUE(result.exitedWith(c.exitCode)) << result.describe();
+        EXPECT_EQ(result.out, c.out);
+    }
+
+    // Root is always admitted, and its identity is unchanged by the others.
+    std::shared_ptr<IPerformance> service = Proxy(lookUp(kTestInstance));
+    ASSERT_NE(service, nullptr);
     int32_t uid = -1;
-    ASSERT_TRUE(mService->getAcmOpstat(&uid).isOk());
-    EXPECT_EQ(uid, static_cast<int32_t>(geteuid()));
-
-    const RunResult proxy = RunProgram({kClient, kTestInstance, "uid"}, kCallLimit, BecomeApp);
-    ASSERT_TRUE(proxy.exitedWith(0)) << proxy.describe();
-    EXPECT_EQ(proxy.out, "10123\n");
-
-    const RunResult printed =
-        RunProgram({kPerfctl, "--service", kTestInstance, "getAcmOpstat"}, kCallLimit, BecomeApp);
-    ASSERT_TRUE(printed.exitedWith(0)) << printed.describe();
-    EXPECT_EQ(printed.out, "10123\n");
-
-    // The root caller's identity is unchanged by the others.
-    ASSERT_TRUE(mService->getAcmOpstat(&uid).isOk());
+    ASSERT_TRUE(service->getAcmOpstat(&uid).isOk());
     EXPECT_EQ(uid, 0);
+    const RunResult dump = perfctl({"--service", kTestInstance, "--dump"});
+    EXPECT_TRUE(dump.exitedWith(0)) << dump.describe();
 }
 
 }  // namespace
