@@ -37,11 +37,14 @@ int sendFlags(const Deadline& deadline) {
     return MSG_NOSIGNAL | (deadline.has_value() ? MSG_DONTWAIT : 0);
 }
 
+// Waits only when a send found no room, so the common case costs one call.
 bool sendAll(int socket, const uint8_t* data, size_t size, const Deadline& deadline) {
     while (size > 0) {
-        if (!waitReady(socket, POLLOUT, deadline)) return false;
         ssize_t sent = TEMP_FAILURE_RETRY(send(socket, data, size, sendFlags(deadline)));
-        if (sent < 0 && errno == EAGAIN) continue;
+        if (sent < 0 && errno == EAGAIN) {
+            if (!waitReady(socket, POLLOUT, deadline)) return false;
+            continue;
+        }
         if (sent <= 0) return false;
         data += sent;
         size -= static_cast<size_t>(sent);
@@ -69,10 +72,11 @@ bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, si
         memcpy(CMSG_DATA(cmsg), &passFd, sizeof(int));
     }
     ssize_t sent;
-    do {
-        if (!waitReady(socket, POLLOUT, deadline)) return false;
+    for (;;) {
         sent = TEMP_FAILURE_RETRY(sendmsg(socket, &msg, sendFlags(deadline)));
-    } while (sent < 0 && errno == EAGAIN);
+        if (sent >= 0 || errno != EAGAIN) break;
+        if (!waitReady(socket, POLLOUT, deadline)) return false;
+    }
     if (sent < 0) return false;
     // The descriptor went with the first byte; the rest is plain data.
     const size_t total = sizeof(header) + size;
@@ -114,6 +118,34 @@ ReadResult readExact(int socket, void* data, size_t size) {
         done += static_cast<size_t>(n);
     }
     return ReadResult::kOk;
+}
+
+ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payload) {
+    // The service sends nothing unasked, so the first read may take whatever has arrived.
+    uint8_t first[4096];
+    size_t got = 0;
+    while (got < sizeof(FrameHeader)) {
+        // Without room for ancillary data, any descriptor sent along is closed by the kernel.
+        const ssize_t n = TEMP_FAILURE_RETRY(recv(socket, first + got, sizeof(first) - got, 0));
+        if (n <= 0 && got > 0) errno = EIO;  // part of a reply came: the request ran
+        if (n < 0) return ReadResult::kFailed;
+        if (n == 0) return got == 0 ? ReadResult::kClosed : ReadResult::kFailed;
+        got += static_cast<size_t>(n);
+    }
+    memcpy(header, first, sizeof(FrameHeader));
+    const size_t early = got - sizeof(FrameHeader);
+    if (header->magic != kReplyMagic || header->size > kMaxPayloadSize || early > header->size) {
+        errno = EPROTO;
+        return ReadResult::kFailed;
+    }
+    payload->resize(header->size);
+    memcpy(payload->data(), first + sizeof(FrameHeader), early);
+    if (early == header->size) return ReadResult::kOk;
+    if (readExact(socket, payload->data() + early, header->size - early) == ReadResult::kOk) {
+        return ReadResult::kOk;
+    }
+    errno = EIO;
+    return ReadResult::kFailed;
 }
 
 bool writeWithDeadline(int fd, const uint8_t* data, size_t size, Deadline deadline) {

@@ -70,6 +70,10 @@ bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, si
 // closed.
 ReadResult readExact(int socket, void* data, size_t size);
 
+// Reads one reply frame. A frame that is not a reply or exceeds the limits fails with errno
+// EPROTO, and a reply cut short with EIO.
+ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payload);
+
 // Writes all of data to fd, which may be any kind of file the caller handed over, in pieces
 // small enough never to block once poll reports room. Gives up at the deadline. Never raises
 // SIGPIPE.
