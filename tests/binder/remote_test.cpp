@@ -179,7 +179,7 @@ TEST_F(RemoteTest, LargeCallsUpToTheFrameLimit) {
     EXPECT_TRUE(toy->echoString("small", &echoed).isOk());
 }
 
-TEST_F(RemoteTest, ThreadsShareOneProxy) {
+TEST_F(RemoteTest, ConcurrentThreadsShareOneProxy) {
     ASSERT_GT(startServer(), 0);
     std::shared_ptr<IToy> toy = connectToy();
     ASSERT_NE(nullptr, toy);
@@ -628,7 +628,7 @@ struct CrowdCase {
     bool trickle;
 };
 
-TEST_F(RemoteTest, IdleSlowAndManyConnectionsLeaveRoomForOthers) {
+TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
     ASSERT_GT(startServer(kName, 4), 0);
     const CrowdCase cases[] = {{"idle", 40, false}, {"many_idle", 300, false}, {"slow", 40, true}};
     for (const CrowdCase& c : cases) {
