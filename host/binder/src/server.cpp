@@ -166,6 +166,8 @@ class Server {
     bool rearmLocked(Source* source);
     // Takes a connection out of the tables; the caller closes it outside the lock.
     std::unique_ptr<Source> eraseLocked(uint64_t id);
+    // The connection of uid (of anyone when null) that has waited longest for a request.
+    Source* oldestIdleLocked(const uid_t* uid);
     // Makes room for one more connection of uid, or says there is none.
     bool makeRoomLocked(uid_t uid, std::vector<std::unique_ptr<Source>>* evicted);
 
@@ -264,26 +266,27 @@ std::unique_ptr<Source> Server::eraseLocked(uint64_t id) {
     return owned;
 }
 
-bool Server::makeRoomLocked(uid_t uid, std::vector<std::unique_ptr<Source>>* evicted) {
-    auto oldestIdle = [this](bool sameUid, uid_t wanted) -> Source* {
-        Source* oldest = nullptr;
-        for (const auto& [id, source] : mSources) {
-            if (source->kind != Source::Kind::kConnection || source->busy || source->midFrame) {
-                continue;
-            }
-            if (sameUid && source->peerUid != wanted) continue;
-            if (oldest == nullptr || source->lastActive < oldest->lastActive) oldest = source.get();
+Source* Server::oldestIdleLocked(const uid_t* uid) {
+    Source* oldest = nullptr;
+    for (const auto& [id, source] : mSources) {
+        if (source->kind != Source::Kind::kConnection || source->busy || source->midFrame) {
+            continue;
         }
-        return oldest;
-    };
+        if (uid != nullptr && source->peerUid != *uid) continue;
+        if (oldest == nullptr || source->lastActive < oldest->lastActive) oldest = source.get();
+    }
+    return oldest;
+}
+
+bool Server::makeRoomLocked(uid_t uid, std::vector<std::unique_ptr<Source>>* evicted) {
     auto count = mConnectionsPerUid.find(uid);
     if (count != mConnectionsPerUid.end() && count->second >= kMaxConnectionsPerUid) {
-        Source* victim = oldestIdle(true, uid);
+        Source* victim = oldestIdleLocked(&uid);
         if (victim == nullptr) return false;
         evicted->push_back(eraseLocked(victim->id));
     }
     if (mConnections >= kMaxConnections) {
-        Source* victim = oldestIdle(false, 0);
+        Source* victim = oldestIdleLocked(nullptr);
         if (victim == nullptr) return false;
         evicted->push_back(eraseLocked(victim->id));
     }
@@ -349,12 +352,21 @@ void Server::acceptConnections(Source* listener) {
         if (!fd.ok()) {
             if (errno == EINTR || errno == ECONNABORTED) continue;
             if (errno == EMFILE || errno == ENFILE) {
-                // The connection stays in the backlog and the listener stays readable: wait for
-                // descriptors to free up instead of spinning on it.
-                PLOG(WARNING) << "binder: cannot accept, pausing";
-                std::lock_guard<std::mutex> lock(mMutex);
-                listener->paused = true;
-                listener->resumeAt = Clock::now() + kTick;
+                // Out of descriptors: an idle connection gives its own up, else the listener
+                // waits for some to free up instead of spinning on a backlog it cannot take.
+                PLOG(WARNING) << "binder: cannot accept";
+                std::unique_ptr<Source> victim;
+                {
+                    std::lock_guard<std::mutex> lock(mMutex);
+                    Source* idle = oldestIdleLocked(nullptr);
+                    if (idle != nullptr) {
+                        victim = eraseLocked(idle->id);
+                    } else {
+                        listener->paused = true;
+                        listener->resumeAt = Clock::now() + kTick;
+                    }
+                }
+                if (victim != nullptr) continue;
             }
             return;  // EAGAIN: the backlog is empty
         }
