@@ -24,11 +24,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <future>
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "temp_binder_dir.h"
@@ -247,28 +247,23 @@ TEST_F(RemoteTest, ThreadPoolLimitsConcurrentTransactions) {
     EXPECT_LE(stats[1], 2);
 }
 
-// How a client process under another uid fares. Exit codes of the child: 0 as expected,
-// 10 setuid failed, 11 a call failed, 12 a wrong identity, 13 a refused call went through.
+// A client process dropping to uid 10123, perhaps after a call as root on the same connection.
+// It exits 0 when its calls fare as expected.
 struct UidCase {
     const char* name;
     const char* allowedUid;  // passed to the server
-    bool callFirstAsRoot;    // one call before dropping to the app uid, on the same connection
+    bool callFirstAsRoot;
     bool appAllowed;
 };
 
-const UidCase kUidCases[] = {
-    {"inside_allowed", "10123", false, true},
-    {"outside_allowed", "10124", false, false},
-    {"private_by_default", "", false, false},
-    {"changes_uid_on_one_connection", "10123", true, true},
-    {"drops_to_a_refused_uid", "10124", true, false},
-};
-
 TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
-    if (geteuid() != 0) {
-        GTEST_SKIP() << "switching the client to uid 10123 needs root";
-    }
-    for (const UidCase& c : kUidCases) {
+    if (geteuid() != 0) GTEST_SKIP() << "switching the client to uid 10123 needs root";
+    const UidCase cases[] = {{"inside_allowed", "10123", false, true},
+                             {"outside_allowed", "10124", false, false},
+                             {"private_by_default", "", false, false},
+                             {"changes_uid_on_one_connection", "10123", true, true},
+                             {"drops_to_a_refused_uid", "10124", true, false}};
+    for (const UidCase& c : cases) {
         SCOPED_TRACE(c.name);
         pid_t server = startServer(kName, 4, c.allowedUid);
         ASSERT_GT(server, 0);
@@ -276,30 +271,24 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
         ASSERT_NE(-1, child);
         if (child == 0) {
             alarm(30);
-            std::shared_ptr<IToy> toy;
+            std::shared_ptr<IToy> toy = c.callFirstAsRoot ? connectToyOnce() : nullptr;
             std::vector<int32_t> identity;
-            if (c.callFirstAsRoot) {
-                toy = connectToy();
-                if (toy == nullptr || !toy->callerIdentity(&identity).isOk()) _exit(11);
-                if (identity != std::vector<int32_t>{0, getpid()}) _exit(12);
+            if (c.callFirstAsRoot && (toy == nullptr || !toy->callerIdentity(&identity).isOk() ||
+                                      identity != std::vector<int32_t>{0, getpid()})) {
+                _exit(11);
             }
             if (setgroups(0, nullptr) != 0 || setresgid(10123, 10123, 10123) != 0 ||
                 setresuid(10123, 10123, 10123) != 0) {
                 _exit(10);
             }
-            if (toy == nullptr) {
-                ndk::SpAIBinder binder(AServiceManager_checkService(kName.c_str()));
-                if (binder.get() != nullptr) toy = IToy::fromBinder(binder);
-            }
-            const bool called = toy != nullptr && toy->callerIdentity(&identity).isOk();
-            if (!c.appAllowed) _exit(called ? 13 : 0);
-            if (!called) _exit(11);
-            _exit(identity == std::vector<int32_t>{10123, getpid()} ? 0 : 12);
+            if (toy == nullptr) toy = connectToyOnce();
+            const bool called = toy != nullptr && toy->callerIdentity(&identity).isOk() &&
+                                identity == std::vector<int32_t>{10123, getpid()};
+            _exit(called == c.appAllowed ? 0 : 12);
         }
         int status = 0;
         ASSERT_EQ(child, waitpid(child, &status, 0));
-        ASSERT_TRUE(WIFEXITED(status));
-        EXPECT_EQ(0, WEXITSTATUS(status));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "10: setuid, 11: as root";
         stopServer(server);
     }
 }
@@ -373,23 +362,13 @@ struct MalformedCase {
 
 // Sends bytes, attaching fdCount copies of stdin's descriptor to the part from fdOffset on.
 bool sendWithFds(int socket, const std::vector<uint8_t>& bytes, int fdCount, size_t fdOffset) {
-    if (fdCount == 0) fdOffset = bytes.size();
-    if (fdOffset > 0 &&
-        send(socket, bytes.data(), fdOffset, MSG_NOSIGNAL) != static_cast<ssize_t>(fdOffset)) {
-        return false;
-    }
-    if (fdOffset == bytes.size()) return true;
+    if (fdCount == 0) return send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0;
+    if (fdOffset > 0 && send(socket, bytes.data(), fdOffset, MSG_NOSIGNAL) <= 0) return false;
     iovec iov = {const_cast<uint8_t*>(bytes.data()) + fdOffset, bytes.size() - fdOffset};
-    msghdr msg = {};
-    msg.msg_iov = &iov;
-    msg.msg_iovlen = 1;
     alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
-    msg.msg_control = control;
-    msg.msg_controllen = CMSG_SPACE(fdCount * sizeof(int));
+    msghdr msg = {nullptr, 0, &iov, 1, control, CMSG_SPACE(fdCount * sizeof(int)), 0};
     cmsghdr* cmsg = CMSG_FIRSTHDR(&msg);
-    cmsg->cmsg_level = SOL_SOCKET;
-    cmsg->cmsg_type = SCM_RIGHTS;
-    cmsg->cmsg_len = CMSG_LEN(fdCount * sizeof(int));
+    *cmsg = {CMSG_LEN(fdCount * sizeof(int)), SOL_SOCKET, SCM_RIGHTS};
     const int fds[2] = {STDIN_FILENO, STDIN_FILENO};
     memcpy(CMSG_DATA(cmsg), fds, fdCount * sizeof(int));
     return sendmsg(socket, &msg, MSG_NOSIGNAL) == static_cast<ssize_t>(iov.iov_len);
@@ -552,14 +531,14 @@ TEST_F(RemoteTest, DumpSendsArgumentsAndDescriptor) {
 // Runs call on a thread of its own and says whether it finished before a generous deadline. A
 // call that never finishes is left behind; the server's end in TearDown releases it.
 template <typename Call>
-bool finishes(Call call, std::chrono::seconds deadline = std::chrono::seconds(30)) {
+bool finishes(Call call, int seconds = 30) {
     auto done = std::make_shared<std::promise<void>>();
     std::future<void> finished = done->get_future();
     std::thread([call, done] {
         call();
         done->set_value();
     }).detach();
-    return finished.wait_for(deadline) == std::future_status::ready;
+    return finished.wait_for(std::chrono::seconds(seconds)) == std::future_status::ready;
 }
 
 bool echoes(const char* text) {
@@ -570,34 +549,27 @@ bool echoes(const char* text) {
 
 TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
     pid_t server = startServer(kName, 4);
-    ASSERT_GT(server, 0);
     std::shared_ptr<IToy> toy = connectToy();
     ASSERT_NE(nullptr, toy);
-
     // As many dumps as the server runs transactions at once, into full pipes nobody reads.
-    int fds[2];
-    std::vector<unique_fd> readEnds;
-    std::vector<unique_fd> writeEnds;
+    std::vector<unique_fd> pipeEnds;
+    std::vector<std::future<binder_status_t>> dumps;
     for (int i = 0; i < 4; ++i) {
+        int fds[2];
         ASSERT_EQ(0, pipe2(fds, O_NONBLOCK));
-        readEnds.emplace_back(fds[0]);
-        writeEnds.emplace_back(fds[1]);
-        const std::string filler(4096, 'f');
-        while (write(fds[1], filler.data(), filler.size()) > 0) {
+        pipeEnds.emplace_back(fds[0]);
+        pipeEnds.emplace_back(fds[1]);
+        while (write(fds[1], "full", 4) > 0) {
         }
         fcntl(fds[1], F_SETFL, 0);
-    }
-    std::vector<std::future<binder_status_t>> dumps;
-    for (const unique_fd& full : writeEnds) {
         dumps.push_back(std::async(std::launch::async,
-                                   [&toy, fd = full.get()] { return toy->dump(fd, nullptr, 0); }));
+                                   [&toy, fd = fds[1]] { return toy->dump(fd, nullptr, 0); }));
     }
     EXPECT_TRUE(finishes([] { EXPECT_TRUE(echoes("meanwhile")); }));
     for (auto& dump : dumps) {
         if (dump.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
             ADD_FAILURE() << "a dump into a full pipe never gave up";
-            stopServer(server);  // releases the dump calls
-            return;
+            return stopServer(server);  // releases the dump calls
         }
         EXPECT_EQ(STATUS_TIMED_OUT, dump.get());
     }
@@ -606,44 +578,35 @@ TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
 
 TEST_F(RemoteTest, DumpIntoAClosedPipeFailsAndServingGoesOn) {
     pid_t server = startServer(kName, 4);
-    ASSERT_GT(server, 0);
     std::shared_ptr<IToy> toy = connectToy();
     ASSERT_NE(nullptr, toy);
-    // The reader is gone: the write fails instead of ending the server.
     int fds[2];
     ASSERT_EQ(0, pipe(fds));
     close(fds[0]);
     unique_fd closedPipe(fds[1]);
+    // The reader is gone: the write fails instead of ending the server.
     EXPECT_EQ(STATUS_DEAD_OBJECT, toy->dump(closedPipe.get(), nullptr, 0));
     EXPECT_EQ(0, waitpid(server, nullptr, WNOHANG));
-
     EXPECT_TRUE(echoes("afterwards"));
 }
 
-// Connections that hold nothing but a place: they must not keep another client out.
-struct CrowdCase {
-    const char* name;
-    int connections;
-    // Each sends a request header announcing 100 bytes, then trickles them one at a time.
-    bool trickle;
-};
-
 TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
     ASSERT_GT(startServer(kName, 4), 0);
-    const CrowdCase cases[] = {{"idle", 40, false}, {"many_idle", 300, false}, {"slow", 40, true}};
-    for (const CrowdCase& c : cases) {
-        SCOPED_TRACE(c.name);
+    // {name, connections, trickle}: a trickling one announces 100 bytes and sends one at a time.
+    const std::tuple<const char*, int, bool> crowds[] = {
+        {"idle", 40, false}, {"many_idle", 300, false}, {"slow", 40, true}};
+    for (const auto& [name, connections, trickle] : crowds) {
+        SCOPED_TRACE(name);
         std::vector<unique_fd> crowd;
         const std::vector<uint8_t> header = frame(kRequestMagic, FIRST_CALL_TRANSACTION, 0, 100);
-        for (int i = 0; i < c.connections; ++i) {
+        for (int i = 0; i < connections; ++i) {
             crowd.push_back(rawConnect(socketPath()));
-            ASSERT_TRUE(crowd.back().ok());
-            if (c.trickle) send(crowd.back().get(), header.data(), header.size(), MSG_NOSIGNAL);
+            if (trickle) send(crowd.back().get(), header.data(), header.size(), MSG_NOSIGNAL);
         }
         std::atomic<bool> stop{false};
-        std::thread trickler([&] {
-            // Longer than the generous deadline, unless the calls get through first.
-            for (int round = 0; c.trickle && !stop && round < 300; ++round) {
+        std::thread trickler([&, trickle = trickle] {
+            // Longer than the deadline below, unless the calls get through first.
+            for (int round = 0; trickle && !stop && round < 300; ++round) {
                 for (const unique_fd& fd : crowd) send(fd.get(), "x", 1, MSG_NOSIGNAL);
                 std::this_thread::sleep_for(std::chrono::milliseconds(200));
             }
@@ -651,10 +614,10 @@ TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
         // These waited behind the crowd for many seconds before; ten are still generous for
         // five calls that each take well under a millisecond when nothing is in the way.
         EXPECT_TRUE(finishes(
-            [name = c.name] {
+            [name = name] {
                 for (int i = 0; i < 5; ++i) EXPECT_TRUE(echoes("through the crowd")) << name;
             },
-            std::chrono::seconds(10)));
+            10));
         stop = true;
         trickler.join();
     }
@@ -665,30 +628,24 @@ TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
     auto local = ndk::SharedRefBase::make<toy::ToyService>();
     const std::string link = mDir.path() + "-link";
     ASSERT_EQ(0, symlink(mDir.path().c_str(), link.c_str()));
-    struct Change {
-        const char* name;
-        std::function<void()> apply;
-        std::function<void()> undo;
-    };
-    const Change changes[] = {
-        {"group_writable", [&] { chmod(mDir.path().c_str(), 0775); },
-         [&] { chmod(mDir.path().c_str(), 0755); }},
-        {"writable_by_others", [&] { chmod(mDir.path().c_str(), 0757); },
-         [&] { chmod(mDir.path().c_str(), 0755); }},
-        {"foreign_owner", [&] { (void)!chown(mDir.path().c_str(), 10123, 10123); },
-         [&] { (void)!chown(mDir.path().c_str(), geteuid(), getegid()); }},
-        {"symlink", [&] { setenv("HOST_BINDER_DIR", link.c_str(), 1); },
-         [&] { setenv("HOST_BINDER_DIR", mDir.path().c_str(), 1); }},
-    };
-    for (const Change& change : changes) {
-        SCOPED_TRACE(change.name);
-        if (std::string(change.name) == "foreign_owner" && geteuid() != 0) continue;
-        change.apply();
+    // {name, mode, owner, reached through a symbolic link}
+    const std::tuple<const char*, mode_t, uid_t, bool> changes[] = {
+        {"group_writable", 0775, geteuid(), false},
+        {"writable_by_others", 0757, geteuid(), false},
+        {"foreign_owner", 0755, geteuid() == 0 ? 10123 : geteuid(), false},
+        {"symlink", 0755, geteuid(), true}};
+    for (const auto& [name, mode, owner, viaLink] : changes) {
+        SCOPED_TRACE(name);
+        if (owner == geteuid() && mode == 0755 && !viaLink) continue;  // giving away needs root
+        chmod(mDir.path().c_str(), mode);
+        ASSERT_EQ(0, chown(mDir.path().c_str(), owner, -1));
+        setenv("HOST_BINDER_DIR", (viaLink ? link : mDir.path()).c_str(), 1);
         EXPECT_EQ(nullptr, AServiceManager_checkService(kName.c_str()));
         EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "other.name"));
-        change.undo();
-        ndk::SpAIBinder binder(AServiceManager_checkService(kName.c_str()));
-        EXPECT_NE(nullptr, binder.get());
+        chmod(mDir.path().c_str(), 0755);
+        ASSERT_EQ(0, chown(mDir.path().c_str(), geteuid(), -1));
+        setenv("HOST_BINDER_DIR", mDir.path().c_str(), 1);
+        EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName.c_str())).get());
     }
     unlink(link.c_str());
 }
@@ -697,7 +654,6 @@ TEST_F(RemoteTest, RegistrationGivesUpOnAHeldLock) {
     unique_fd lock(open((mDir.path() + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
     pid_t server = spawnServer(kName, 1);
-    ASSERT_GT(server, 0);
     int status = -1;
     for (int i = 0; i < 300 && waitpid(server, &status, WNOHANG) == 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
