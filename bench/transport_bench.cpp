@@ -3,9 +3,10 @@
 // peers live in one forked server process: an echo binder registered like a service, and a raw
 // socket that answers each request with as many bytes as its header asks for.
 //
-// What to read: CrossProcessCall/threads:1 against RawUnixSocketRoundTrip (the transport's
-// overhead), and the items_per_second of CrossProcessCall/threads:4 against threads:1 (how
-// calls from several clients overlap).
+// What to read: the ratio of CallAgainstRawRoundTrip (the transport's overhead, both measured
+// interleaved), or CrossProcessCall/threads:1 against RawUnixSocketRoundTrip; and the
+// items_per_second of CrossProcessCall/threads:4 against threads:1 (how calls from several
+// clients overlap).
 
 #include <android-base/unique_fd.h>
 #include <android/binder_ibinder.h>
@@ -20,6 +21,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -141,25 +144,40 @@ void CrossProcessCall(benchmark::State& state) {
 }
 BENCHMARK(CrossProcessCall)->UseRealTime()->Threads(1)->Threads(4);
 
+// A connection to the raw peer and the request that copies a call's bytes: its request frame
+// out, its reply frame back.
+struct RawPeer {
+    unique_fd fd;
+    std::vector<uint8_t> request;
+    std::vector<uint8_t> reply;
+
+    bool connect() {
+        fd.reset(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_un addr = {};
+        addr.sun_family = AF_UNIX;
+        strncpy(addr.sun_path, gRawSocket.c_str(), sizeof(addr.sun_path) - 1);
+        request.assign(16 + gRequestBytes, 0x5a);
+        const uint32_t header[4] = {0, 0, static_cast<uint32_t>(gReplyBytes),
+                                    static_cast<uint32_t>(gRequestBytes)};
+        memcpy(request.data(), header, sizeof(header));
+        reply.resize(16 + gReplyBytes);
+        return gRequestBytes > 0 &&
+               ::connect(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) == 0;
+    }
+    bool roundTrip() {
+        return writeAll(fd.get(), request.data(), request.size()) &&
+               readAll(fd.get(), reply.data(), reply.size());
+    }
+};
+
 void RawUnixSocketRoundTrip(benchmark::State& state) {
-    unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un addr = {};
-    addr.sun_family = AF_UNIX;
-    strncpy(addr.sun_path, gRawSocket.c_str(), sizeof(addr.sun_path) - 1);
-    if (gRequestBytes == 0 ||
-        connect(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) {
+    RawPeer peer;
+    if (!peer.connect()) {
         state.SkipWithError("raw peer not reachable");
         return;
     }
-    // The same bytes as the binder call: its request frame out, its reply frame back.
-    std::vector<uint8_t> request(16 + gRequestBytes, 0x5a);
-    const uint32_t header[4] = {0, 0, static_cast<uint32_t>(gReplyBytes),
-                                static_cast<uint32_t>(gRequestBytes)};
-    memcpy(request.data(), header, sizeof(header));
-    std::vector<uint8_t> reply(16 + gReplyBytes);
     for (auto _ : state) {
-        if (!writeAll(fd.get(), request.data(), request.size()) ||
-            !readAll(fd.get(), reply.data(), reply.size())) {
+        if (!peer.roundTrip()) {
             state.SkipWithError("round trip failed");
             break;
         }
@@ -167,6 +185,38 @@ void RawUnixSocketRoundTrip(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(RawUnixSocketRoundTrip)->UseRealTime()->Threads(1);
+
+// The pair interleaved, call then raw round trip, so that both see the same machine: on a
+// shared host the cost of waking a process swings from run to run. ratio = call / raw.
+void CallAgainstRawRoundTrip(benchmark::State& state) {
+    static ndk::SpAIBinder echo = lookUpEcho();
+    RawPeer peer;
+    if (echo.get() == nullptr || !peer.connect()) {
+        state.SkipWithError("peers not reachable");
+        return;
+    }
+    const std::vector<uint8_t> payload(kPayload, 0x5a);
+    std::chrono::steady_clock::duration call{};
+    std::chrono::steady_clock::duration raw{};
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        const bool called = callEcho(echo.get(), payload);
+        const auto middle = std::chrono::steady_clock::now();
+        const bool echoed = peer.roundTrip();
+        call += middle - start;
+        raw += std::chrono::steady_clock::now() - middle;
+        if (!called || !echoed) {
+            state.SkipWithError("call or round trip failed");
+            break;
+        }
+    }
+    using Micros = std::chrono::duration<double, std::micro>;
+    const double iterations = static_cast<double>(std::max<int64_t>(state.iterations(), 1));
+    state.counters["call_us"] = Micros(call).count() / iterations;
+    state.counters["raw_us"] = Micros(raw).count() / iterations;
+    state.counters["ratio"] = Micros(call).count() / std::max(Micros(raw).count(), 1e-9);
+}
+BENCHMARK(CallAgainstRawRoundTrip)->UseRealTime();
 
 }  // namespace
 
