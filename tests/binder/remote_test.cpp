@@ -330,13 +330,15 @@ std::vector<uint8_t> frame(uint32_t magic, uint32_t code, uint32_t flags, uint32
 }
 
 // An interface token for descriptor followed by extra int32 words.
-std::vector<uint8_t> tokenPayload(const char* descriptor, std::vector<int32_t> extra = {}) {
+std::vector<uint8_t> tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
+                                  const std::string& text = "") {
     ndk::ScopedAParcel parcel(AParcel_create());
     AParcel_writeInt32(parcel.get(), 0);
     AParcel_writeInt32(parcel.get(), -1);
     AParcel_writeInt32(parcel.get(), B_PACK_CHARS('V', 'N', 'D', 'R'));
     AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
     for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
+    if (!text.empty()) AParcel_writeString(parcel.get(), text.data(), text.size());
     std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
     AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
     return bytes;
@@ -593,24 +595,36 @@ TEST_F(RemoteTest, DumpIntoAClosedPipeFailsAndServingGoesOn) {
 TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
     ASSERT_GT(startServer(kName, 4), 0);
     // {name, connections, trickle}: a trickling one announces 100 bytes and sends one at a time.
-    const std::tuple<const char*, int, bool> crowds[] = {
-        {"idle", 40, false}, {"many_idle", 300, false}, {"slow", 40, true}};
-    for (const auto& [name, connections, trickle] : crowds) {
+    // Or, unread, sends a whole call for an 800 KiB reply and never reads it.
+    const std::tuple<const char*, int, bool, bool> crowds[] = {{"idle", 40, false, false},
+                                                               {"many_idle", 300, false, false},
+                                                               {"slow", 40, true, false},
+                                                               {"unread_replies", 15, false, true}};
+    const std::vector<uint8_t> echoBig = request(
+        FIRST_CALL_TRANSACTION + 1, tokenPayload(IToy::descriptor, {}, std::string(400 << 10, 'x')));
+    for (const auto& [name, connections, trickle, unread] : crowds) {
         SCOPED_TRACE(name);
         std::vector<unique_fd> crowd;
         const std::vector<uint8_t> header = frame(kRequestMagic, FIRST_CALL_TRANSACTION, 0, 100);
+        const timeval sendLimit = {1, 0};
         for (int i = 0; i < connections; ++i) {
             crowd.push_back(rawConnect(socketPath()));
+            setsockopt(crowd.back().get(), SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof(sendLimit));
             if (trickle) send(crowd.back().get(), header.data(), header.size(), MSG_NOSIGNAL);
         }
         std::atomic<bool> stop{false};
-        std::thread trickler([&, trickle = trickle] {
+        std::atomic<int> sent{0};
+        std::thread trickler([&, trickle = trickle, unread = unread] {
+            for (size_t i = 0; unread && i < crowd.size(); ++i, ++sent) {
+                send(crowd[i].get(), echoBig.data(), echoBig.size(), MSG_NOSIGNAL);
+            }
             // Longer than the deadline below, unless the calls get through first.
             for (int round = 0; trickle && !stop && round < 300; ++round) {
                 for (const unique_fd& fd : crowd) send(fd.get(), "x", 1, MSG_NOSIGNAL);
                 std::this_thread::sleep_for(std::chrono::milliseconds(200));
             }
         });
+        ASSERT_TRUE(eventually([&] { return !unread || sent >= 5; }));
         // These waited behind the crowd for many seconds before; ten are still generous for
         // five calls that each take well under a millisecond when nothing is in the way.
         EXPECT_TRUE(finishes(

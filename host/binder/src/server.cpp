@@ -8,13 +8,14 @@
  *
  * A thread reads whatever a connection has sent, without waiting, into the connection's own
  * buffer. Only a complete frame runs a transaction, on the thread that completed it, once a
- * counting gate lets it: at most the configured number run at the same time. A slow or silent
- * client therefore holds neither a thread nor a transaction slot.
+ * counting gate lets it: at most the configured number run at the same time. A reply goes out
+ * at once as far as the peer takes it; the rest waits in the connection for room. A slow,
+ * silent or non-reading client therefore holds neither a thread nor a transaction slot.
  *
- * The timer closes connections that stay idle, or take too long to deliver a frame, and resumes
- * accepting after the process ran out of descriptors. Connections are capped per uid and in all;
- * a newcomer over a cap displaces the longest idle connection in its way, whose client simply
- * reconnects.
+ * The timer closes connections that stay idle, or take too long to deliver a request or to take
+ * a reply, and resumes accepting after the process ran out of descriptors. Connections are
+ * capped per uid and in all; a newcomer over a cap displaces the longest idle connection in its
+ * way, whose client simply reconnects.
  */
 #include "server.h"
 
@@ -98,6 +99,14 @@ struct Source {
     size_t payloadRead = 0;
     unique_fd passedFd;
     ucred sender = {};
+
+    // The part of a reply the peer has not taken yet, sent as it makes room. Only the owning
+    // thread touches it; `sending` and its deadline are read like midFrame.
+    std::vector<uint8_t> unsent;
+    size_t unsentDone = 0;
+    bool sending = false;
+    bool closeWhenSent = false;
+    Clock::time_point sendDeadline;
 };
 
 class Server {
@@ -177,6 +186,10 @@ class Server {
     bool serviceConnection(Source* connection);
     Progress readFrame(Source* connection);
     bool runFrame(Source* connection);
+    // Sends what the peer takes now and keeps the rest for later; false to close.
+    bool sendReply(Source* connection, const FrameHeader& header, const uint8_t* data, size_t size,
+                   bool thenClose);
+    bool sendUnsent(Source* connection);
     binder_status_t transact(Source* connection, AParcel* reply);
     binder_status_t dump(Source* connection, const AParcel* in);
 
@@ -226,7 +239,7 @@ Source* Server::claim(uint64_t id) {
 
 bool Server::rearmLocked(Source* source) {
     epoll_event event = {};
-    event.events = EPOLLIN | EPOLLONESHOT;
+    event.events = (source->sending ? EPOLLOUT : EPOLLIN) | EPOLLONESHOT;
     event.data.u64 = source->id;
     if (epoll_ctl(mEpoll.get(), EPOLL_CTL_MOD, source->fd.get(), &event) != 0) {
         PLOG(ERROR) << "binder: epoll_ctl mod";
@@ -269,7 +282,8 @@ std::unique_ptr<Source> Server::eraseLocked(uint64_t id) {
 Source* Server::oldestIdleLocked(const uid_t* uid) {
     Source* oldest = nullptr;
     for (const auto& [id, source] : mSources) {
-        if (source->kind != Source::Kind::kConnection || source->busy || source->midFrame) {
+        if (source->kind != Source::Kind::kConnection || source->busy || source->midFrame ||
+            source->sending) {
             continue;
         }
         if (uid != nullptr && source->peerUid != *uid) continue;
@@ -335,8 +349,9 @@ void Server::housekeeping(Source* timer) {
     for (const auto& [id, source] : mSources) {
         if (source->busy) continue;
         if (source->kind == Source::Kind::kConnection) {
-            const bool late = source->midFrame ? now - source->frameStarted > kFrameTimeout
-                                               : now - source->lastActive > kIdleTimeout;
+            const bool late = source->sending    ? now > source->sendDeadline
+                              : source->midFrame ? now - source->frameStarted > kFrameTimeout
+                                                 : now - source->lastActive > kIdleTimeout;
             if (late) expired.push_back(id);
         } else if (source->paused && now >= source->resumeAt) {
             source->paused = false;
@@ -407,6 +422,7 @@ void Server::acceptConnections(Source* listener) {
 }
 
 bool Server::serviceConnection(Source* connection) {
+    if (connection->sending) return sendUnsent(connection);
     switch (readFrame(connection)) {
         case Progress::kWait:
             return true;
@@ -531,8 +547,50 @@ bool Server::runFrame(Source* connection) {
     }
     const FrameHeader response = {kReplyMagic, static_cast<uint32_t>(status), 0,
                                   static_cast<uint32_t>(size)};
-    return sendFrame(connection->fd.get(), response, data, size, -1, Clock::now() + kReplyTimeout) &&
-           allowed;
+    return sendReply(connection, response, data, size, !allowed);
+}
+
+bool Server::sendReply(Source* c, const FrameHeader& header, const uint8_t* data, size_t size,
+                       bool thenClose) {
+    iovec iov[2] = {{const_cast<FrameHeader*>(&header), sizeof(header)},
+                    {const_cast<uint8_t*>(data), size}};
+    msghdr msg = {};
+    msg.msg_iov = iov;
+    msg.msg_iovlen = size > 0 ? 2 : 1;
+    const ssize_t sent = TEMP_FAILURE_RETRY(sendmsg(c->fd.get(), &msg, MSG_DONTWAIT | MSG_NOSIGNAL));
+    if (sent < 0 && errno != EAGAIN) return false;
+    const size_t done = sent < 0 ? 0 : static_cast<size_t>(sent);
+    if (done == sizeof(header) + size) return !thenClose;
+    // A peer slow to take its reply must not hold this thread: keep the rest and send it from
+    // the event loop as room appears, until a deadline.
+    c->unsent.resize(sizeof(header) + size - done);
+    uint8_t* out = c->unsent.data();
+    if (done < sizeof(header)) {
+        memcpy(out, reinterpret_cast<const uint8_t*>(&header) + done, sizeof(header) - done);
+        out += sizeof(header) - done;
+    }
+    const size_t dataDone = done > sizeof(header) ? done - sizeof(header) : 0;
+    if (size > dataDone) memcpy(out, data + dataDone, size - dataDone);
+    c->unsentDone = 0;
+    c->sending = true;
+    c->closeWhenSent = thenClose;
+    c->sendDeadline = Clock::now() + kReplyTimeout;
+    return true;
+}
+
+bool Server::sendUnsent(Source* c) {
+    while (c->unsentDone < c->unsent.size()) {
+        const ssize_t sent =
+            TEMP_FAILURE_RETRY(send(c->fd.get(), c->unsent.data() + c->unsentDone,
+                                    c->unsent.size() - c->unsentDone, MSG_DONTWAIT | MSG_NOSIGNAL));
+        if (sent < 0 && errno == EAGAIN) return true;
+        if (sent <= 0) return false;
+        c->unsentDone += static_cast<size_t>(sent);
+    }
+    c->sending = false;
+    c->unsent.clear();
+    c->unsent.shrink_to_fit();
+    return !c->closeWhenSent;
 }
 
 binder_status_t Server::transact(Source* connection, AParcel* reply) {
