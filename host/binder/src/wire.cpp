@@ -139,7 +139,7 @@ ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payl
         return ReadResult::kFailed;
     }
     payload->resize(header->size);
-    memcpy(payload->data(), first + sizeof(FrameHeader), early);
+    if (early > 0) memcpy(payload->data(), first + sizeof(FrameHeader), early);
     if (early == header->size) return ReadResult::kOk;
     if (readExact(socket, payload->data() + early, header->size - early) == ReadResult::kOk) {
         return ReadResult::kOk;
