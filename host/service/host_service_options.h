@@ -3,7 +3,12 @@
 #include <string>
 
 // Host only: applies the daemon's host options and returns the node root to serve.
-//   --root DIR            serve the simulated device tree at DIR (default: the host's own nodes)
+//   --root DIR            serve the device tree at DIR; "/" serves this machine's own nodes.
+//                         Required: a host daemon never touches real nodes by accident.
 //   --property KEY=VALUE  set a system property before the service object is built
+//   --allow-uid LIST      let these uids call too (comma-separated uids or FIRST-LAST ranges);
+//                         the daemon's own uid and root always may. The host's stand-in for the
+//                         device's SELinux policy.
+// Logs every priority unless ANDROID_LOG_TAGS (e.g. "*:i") narrows it.
 // Exits with status 2 and a usage message on anything else.
 std::string ApplyHostServiceOptions(int argc, char** argv);

@@ -1,7 +1,7 @@
 /*
  * Serves the toy interface from its own process for the cross-process binder tests.
  *
- * usage: binder_toy_server <instance> <max threads>
+ * usage: binder_toy_server <instance> <max threads> [<uid allowed to call>]
  * Exits with status 2 when the name cannot be registered.
  */
 #include <android/binder_manager.h>
@@ -10,12 +10,17 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host_binder.h"
 #include "toy_service.h"
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        fprintf(stderr, "usage: %s <instance> <max threads>\n", argv[0]);
+    if (argc != 3 && argc != 4) {
+        fprintf(stderr, "usage: %s <instance> <max threads> [<uid allowed to call>]\n", argv[0]);
         return 1;
+    }
+    if (argc == 4) {
+        const auto uid = static_cast<uid_t>(strtoul(argv[3], nullptr, 10));
+        host_binder::allowCallerUids(uid, uid);
     }
     ABinderProcess_setThreadPoolMaxThreadCount(static_cast<uint32_t>(atoi(argv[2])));
     ABinderProcess_startThreadPool();

@@ -2,8 +2,12 @@
 // exit status against it, a second daemon on its name, and its clients when it dies mid-call.
 
 #include <android-base/strings.h>
+#include <android/binder_ibinder.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "DeviceFixture.h"
 
@@ -11,6 +15,7 @@ namespace e2e {
 namespace {
 
 constexpr char kVmallocUsed[] = "/proc/vyren_mem/memleak_detect/vmalloc_used";
+constexpr char kStackHash[] = "/proc/vyren_mem/memleak_detect/stack_hash";
 
 class DaemonTest : public DeviceTest {
   protected:
@@ -40,6 +45,18 @@ TEST_F(DaemonTest, PerfctlExitStatusTellsOkFailedAndUsage) {
     }
 }
 
+TEST_F(DaemonTest, FullSizeReportCrossesWhole) {
+    // Longer than the report's 524288-byte buffer, which comes back full: 1 MiB as UTF-16.
+    std::string node;
+    while (node.size() < 600000) node += "hash:0x5e1f00d7 count:42 size:4096 frames:12\n";
+    writeNode(kStackHash, node);
+    const std::string report = node.substr(0, 524288);
+
+    const RunResult printed = perfctl({"getVmallocDebug"});
+    ASSERT_TRUE(printed.exitedWith(0)) << printed.err;
+    EXPECT_TRUE(printed.out == report) << printed.out.size() << " bytes";
+}
+
 TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
     const RunResult second = RunProgram({kDaemon, "--root", mDevice}, kStartLimit, [] {
         // The abort is expected; its core is not wanted.
@@ -53,6 +70,16 @@ TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
     const RunResult used = perfctl({"getVmallocUsed"});
     EXPECT_TRUE(used.exitedWith(0)) << used.describe();
     EXPECT_EQ(used.out, readNode(kVmallocUsed));
+}
+
+using StartTest = DeviceTest;
+
+TEST_F(StartTest, DaemonRefusesToServeWithoutANodeRoot) {
+    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
+    const RunResult result = RunProgram({kDaemon}, kStartLimit);
+    EXPECT_TRUE(result.exitedWith(2)) << result.describe();
+    EXPECT_NE(result.err.find("--root /"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("tools/serve.sh"), std::string::npos) << result.err;
 }
 
 TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
@@ -107,6 +134,59 @@ INSTANTIATE_TEST_SUITE_P(Trees, TreeTest,
                                                     "/proc/vyren_healthinfo/"}),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// Who may call the daemon, through the one operation whose result depends on its caller: on a
+// kernel 6.1 device whose UX setting leaves UX state to apps, only an app uid may set it.
+class CallerUidTest : public DeviceTest, public ::testing::WithParamInterface<const char*> {
+  protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        if (HasFatalFailure()) return;
+        if (geteuid() != 0) GTEST_SKIP() << "running clients under other uids needs root";
+    }
+};
+
+struct UidCallCase {
+    const char* name;
+    uid_t uid;
+    std::vector<std::string> argv;  // argv[0] is the program
+    int exitCode;
+    const char* uxTask;  // the node afterwards
+};
+
+TEST_P(CallerUidTest, OnlyAllowedAppsSetUxState) {
+    copyTree("kernel-5.15");
+    writeNode("/proc/version", "Linux version 6.1.25-android14-11-g8d9a2b3c4e5f (build@host)\n");
+    const std::string setting = "/proc/vyren_scheduler/sched_assist/disable_setting";
+    // nullptr: the node is missing, so the daemon cannot read the setting.
+    if (GetParam() != nullptr) {
+        writeNode(setting, GetParam());
+    } else {
+        std::filesystem::remove(nodePath(setting));
+    }
+    ASSERT_NE(startService(kDaemon, kDefaultInstance, {"--allow-uid", "1000,10123"}), nullptr);
+
+    const char* uxTask = "/proc/vyren_scheduler/sched_assist/ux_task";
+    const std::vector<std::string> write = {kPerfctl, "writeUxState", "2", "580", "612"};
+    const UidCallCase cases[] = {
+        {"system_uid_turned_away", 1000, write, 0, "0\n"},
+        {"uid_outside_the_allowed", 10250, write, 1, "0\n"},
+        {"dump_by_an_app", 10123, {kPerfctl, "--dump"}, 1, "0\n"},
+        {"app_uid_let_through", 10123, write, 0, "p 612 2"},
+    };
+    for (const UidCallCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        const RunResult result = runAsUid(c.uid, c.argv);
+        EXPECT_TRUE(result.exitedWith(c.exitCode)) << result.describe();
+        EXPECT_EQ(readNode(uxTask), c.uxTask);
+    }
+    // Root is always admitted.
+    EXPECT_TRUE(perfctl({"--dump"}).exitedWith(0));
+}
+
+INSTANTIATE_TEST_SUITE_P(UxSetting, CallerUidTest, ::testing::Values("1\n", nullptr),
+                         [](const auto& info) {
+                             return std::string(info.param != nullptr ? "On" : "Unreadable");
+                         });
 
 }  // namespace
 }  // namespace e2e

@@ -4,9 +4,11 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <errno.h>
+#include <grp.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <iostream>
@@ -48,10 +50,13 @@ void DeviceTest::copyTree(const std::string& tree) {
     ASSERT_FALSE(error) << "copying " << tree << ": " << error.message();
 }
 
-Child* DeviceTest::startService(const std::string& binary, const std::string& instance) {
+Child* DeviceTest::startService(const std::string& binary, const std::string& instance,
+                                const std::vector<std::string>& args) {
     const std::string log = mDir + "/" + fs::path(binary).filename().string() + "-" +
                             std::to_string(mChildren.size()) + ".log";
-    auto child = Child::Spawn({binary, "--root", mDevice}, log, Child::Output::kLogFile);
+    std::vector<std::string> argv = {binary, "--root", mDevice};
+    argv.insert(argv.end(), args.begin(), args.end());
+    auto child = Child::Spawn(argv, log, Child::Output::kLogFile);
     if (child == nullptr) {
         ADD_FAILURE() << "cannot start " << binary << ": " << strerror(errno);
         return nullptr;
@@ -79,10 +84,11 @@ Child* DeviceTest::startService(const std::string& binary, const std::string& in
     }
 }
 
-Child* DeviceTest::startDaemon(const std::string& tree) {
+Child* DeviceTest::startDaemon(const std::string& tree, const std::string& allowedUids) {
     copyTree(tree);
     if (HasFatalFailure()) return nullptr;
-    return startService(kDaemon, kDefaultInstance);
+    if (allowedUids.empty()) return startService(kDaemon, kDefaultInstance);
+    return startService(kDaemon, kDefaultInstance, {"--allow-uid", allowedUids});
 }
 
 ndk::SpAIBinder DeviceTest::lookUp(const std::string& instance) const {
@@ -105,13 +111,24 @@ void DeviceTest::writeNode(const std::string& node, const std::string& content) 
     ASSERT_TRUE(android::base::WriteStringToFile(content, nodePath(node))) << node;
 }
 
-void DeviceTest::openServicesToEveryone() const {
-    ASSERT_EQ(chmod(mDir.c_str(), 0755), 0) << strerror(errno);
-    ASSERT_EQ(chmod(mServiceDir.c_str(), 0777), 0) << strerror(errno);
-    for (const auto& entry : fs::directory_iterator(mServiceDir)) {
-        if (entry.is_symlink()) continue;
-        ASSERT_EQ(chmod(entry.path().c_str(), 0777), 0) << entry.path() << ": " << strerror(errno);
+RunResult DeviceTest::runAsUid(uid_t uid, std::vector<std::string> argv) const {
+    RunResult refused;
+    const std::string bin = mDir + "/bin";
+    std::error_code error;
+    fs::create_directories(bin, error);
+    const std::string copy = bin + "/" + fs::path(argv[0]).filename().string();
+    fs::copy_file(argv[0], copy, fs::copy_options::overwrite_existing, error);
+    if (error || chmod(bin.c_str(), 0755) != 0 || chmod(mDir.c_str(), 0755) != 0) {
+        ADD_FAILURE() << "cannot copy " << argv[0] << " to " << bin << ": " << error.message();
+        return refused;
     }
+    argv[0] = copy;
+    return RunProgram(argv, kCallLimit, [uid] {
+        if (setgroups(0, nullptr) != 0 || setresgid(uid, uid, uid) != 0 ||
+            setresuid(uid, uid, uid) != 0) {
+            _exit(126);
+        }
+    });
 }
 
 }  // namespace e2e

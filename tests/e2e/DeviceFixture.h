@@ -5,6 +5,7 @@
 
 #include <android/binder_auto_utils.h>
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <memory>
 #include <string>
@@ -32,11 +33,12 @@ class DeviceTest : public ::testing::Test {
 
     // Copies sim/<tree> to this case's device directory, the node root every service gets.
     void copyTree(const std::string& tree);
-    // Starts binary --root <device> and waits until `instance` answers a ping. Fails the case
-    // (with the child's log) and returns nullptr if it does not.
-    Child* startService(const std::string& binary, const std::string& instance);
+    // Starts binary --root <device> [args...] and waits until `instance` answers a ping. Fails
+    // the case (with the child's log) and returns nullptr if it does not.
+    Child* startService(const std::string& binary, const std::string& instance,
+                        const std::vector<std::string>& args = {});
     // copyTree + startService of the daemon under the default instance.
-    Child* startDaemon(const std::string& tree = "kernel-5.15");
+    Child* startDaemon(const std::string& tree = "kernel-5.15", const std::string& allowedUids = "");
 
     // A fresh proxy for `instance`, or null.
     ndk::SpAIBinder lookUp(const std::string& instance = kDefaultInstance) const;
@@ -49,9 +51,10 @@ class DeviceTest : public ::testing::Test {
     std::string readNode(const std::string& node) const;
     void writeNode(const std::string& node, const std::string& content) const;
 
-    // Lets an unprivileged process reach the services: the case directory becomes searchable
-    // and the service directory and its sockets writable by everyone.
-    void openServicesToEveryone() const;
+    // Runs argv as a process of uid (root only), like an app calling in: argv[0] runs from a
+    // copy in this case's directory, which becomes searchable, so that it need not be able to
+    // enter the checkout. Services reach it only if started with --allow-uid.
+    RunResult runAsUid(uid_t uid, std::vector<std::string> argv) const;
 
     std::string mDir;         // everything of this case
     std::string mDevice;      // node root

@@ -69,6 +69,9 @@ binder_status_t transactLocal(AIBinder* binder, transaction_code_t code, const A
 // Creates a proxy binder with one strong reference that talks to endpoint.
 AIBinder* newRemoteBinder(std::shared_ptr<RemoteEndpoint> endpoint);
 
+// AParcel_readString allocator filling the std::string that data points to.
+bool stdStringAllocator(void* data, int32_t length, char** buffer);
+
 // UTF-8 <-> UTF-16 conversion; false for malformed input.
 bool utf8ToUtf16(const char* data, size_t size, std::u16string* out);
 bool utf16ToUtf8(const char16_t* data, size_t size, std::string* out);

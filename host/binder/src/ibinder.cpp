@@ -12,6 +12,7 @@
 
 #include "binder_internal.h"
 #include "remote.h"
+#include "wire.h"
 
 namespace host_binder {
 
@@ -43,14 +44,7 @@ binder_status_t checkInterfaceToken(const AIBinder_Class* clazz, const AParcel* 
         return STATUS_BAD_TYPE;
     }
     std::string descriptor;
-    binder_status_t status =
-        AParcel_readString(in, &descriptor, [](void* data, int32_t length, char** buffer) {
-            if (length <= 0) return false;
-            auto* str = static_cast<std::string*>(data);
-            str->resize(static_cast<size_t>(length) - 1);
-            *buffer = &(*str)[0];
-            return true;
-        });
+    binder_status_t status = AParcel_readString(in, &descriptor, stdStringAllocator);
     if (status != STATUS_OK || descriptor != clazz->descriptor) return STATUS_BAD_TYPE;
     return STATUS_OK;
 }
@@ -97,14 +91,7 @@ bool queryRemoteDescriptor(AIBinder* binder, std::string* descriptor) {
         STATUS_OK) {
         return false;
     }
-    return AParcel_readString(reply.get(), descriptor,
-                              [](void* data, int32_t length, char** buffer) {
-                                  if (length <= 0) return false;
-                                  auto* str = static_cast<std::string*>(data);
-                                  str->resize(static_cast<size_t>(length) - 1);
-                                  *buffer = &(*str)[0];
-                                  return true;
-                              }) == STATUS_OK;
+    return AParcel_readString(reply.get(), descriptor, host_binder::stdStringAllocator) == STATUS_OK;
 }
 
 }  // namespace
@@ -167,15 +154,8 @@ binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint3
         return clazz->onDump(binder, fd, args, numArgs);
     }
     if (fd < 0) return STATUS_BAD_VALUE;
-    if (numArgs > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
-        return STATUS_BAD_VALUE;
-    }
     ndk::ScopedAParcel in(AParcel_create());
-    binder_status_t status = AParcel_writeInt32(in.get(), static_cast<int32_t>(numArgs));
-    for (uint32_t i = 0; status == STATUS_OK && i < numArgs; ++i) {
-        const char* arg = args[i] == nullptr ? "" : args[i];
-        status = AParcel_writeString(in.get(), arg, static_cast<int32_t>(strlen(arg)));
-    }
+    binder_status_t status = host_binder::writeDumpArgs(in.get(), args, numArgs);
     if (status != STATUS_OK) return status;
     ndk::ScopedAParcel reply(AParcel_create());
     return binder->remote->transact(host_binder::kDumpTransaction, in.get(), reply.get(), 0, fd);

@@ -612,3 +612,15 @@ binder_status_t AParcel_readBoolArray(const AParcel* parcel, void* arrayData,
     }
     return STATUS_OK;
 }
+
+namespace host_binder {
+
+bool stdStringAllocator(void* data, int32_t length, char** buffer) {
+    if (length <= 0) return false;
+    auto* str = static_cast<std::string*>(data);
+    str->resize(static_cast<size_t>(length) - 1);
+    *buffer = &(*str)[0];
+    return true;
+}
+
+}  // namespace host_binder

@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <poll.h>
 
 #include <utility>
@@ -72,14 +73,12 @@ binder_status_t RemoteEndpoint::transact(transaction_code_t code, const AParcel*
         }
 
         FrameHeader header;
-        if (readExact(connection.get(), &header, sizeof(header)) != ReadResult::kOk) {
-            return STATUS_DEAD_OBJECT;
-        }
-        if (header.magic != kReplyMagic || header.size > kMaxPayloadSize) {
-            return STATUS_FAILED_TRANSACTION;
-        }
-        std::vector<uint8_t> payload(header.size);
-        if (readExact(connection.get(), payload.data(), payload.size()) != ReadResult::kOk) {
+        std::vector<uint8_t> payload;
+        if (readReply(connection.get(), &header, &payload) != ReadResult::kOk) {
+            if (errno == EPROTO) return STATUS_FAILED_TRANSACTION;
+            // The service closes idle connections, and one it closed with this request still
+            // unread is reset: the request never ran, so it may go out again.
+            if (reused && errno == ECONNRESET) continue;
             return STATUS_DEAD_OBJECT;
         }
         addIdleConnection(std::move(connection));

@@ -1,7 +1,10 @@
 /*
  * Service registry: a directory of Unix domain sockets, one per instance name.
  *
- * The directory is $HOST_BINDER_DIR, or /tmp/host-binder. An instance name maps to a file name
+ * The directory is $HOST_BINDER_DIR, else $XDG_RUNTIME_DIR/host-binder, else
+ * /tmp/host-binder-<uid>. Whoever can write to it could take names or stand in for services, so
+ * services and clients alike refuse one that is a symbolic link, belongs to another user than
+ * themselves or root, or is writable by group or others. An instance name maps to a file name
  * by keeping ASCII letters, digits, '_', '-' and '.' (except a leading '.') and writing every
  * other byte as %XX, so "pkg.IFoo/default" becomes "pkg.IFoo%2Fdefault". Services registered
  * by this process are also kept in a local table and handed out directly.
@@ -19,6 +22,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -35,9 +39,10 @@ namespace {
 
 using android::base::unique_fd;
 
-constexpr char kDefaultDirectory[] = "/tmp/host-binder";
 constexpr auto kLookupTimeout = std::chrono::seconds(5);
 constexpr auto kLookupRetryInterval = std::chrono::milliseconds(20);
+// Registration waits this long at most for another process registering in the same directory.
+constexpr auto kLockTimeout = std::chrono::seconds(5);
 
 struct LocalService {
     ndk::SpAIBinder binder;
@@ -67,7 +72,43 @@ void removeSocketsAtExit() {
 
 std::string serviceDirectory() {
     const char* dir = getenv("HOST_BINDER_DIR");
-    return dir != nullptr && dir[0] != '\0' ? dir : kDefaultDirectory;
+    if (dir != nullptr && dir[0] != '\0') return dir;
+    const char* runtime = getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && runtime[0] != '\0') return std::string(runtime) + "/host-binder";
+    return "/tmp/host-binder-" + std::to_string(geteuid());
+}
+
+enum class Directory { kTrusted, kMissing, kRefused };
+
+// Checks that only this user or root can change what dir holds; logs why not when asked to.
+Directory checkDirectory(const std::string& dir, bool logRefusal) {
+    struct stat st;
+    if (lstat(dir.c_str(), &st) != 0) {
+        if (errno == ENOENT) return Directory::kMissing;
+        if (logRefusal) PLOG(ERROR) << "binder: cannot use service directory " << dir;
+        return Directory::kRefused;
+    }
+    std::string problem;
+    if (S_ISLNK(st.st_mode)) {
+        problem = "it is a symbolic link";
+    } else if (!S_ISDIR(st.st_mode)) {
+        problem = "it is not a directory";
+    } else if (st.st_uid != geteuid() && st.st_uid != 0) {
+        problem = "it belongs to uid " + std::to_string(st.st_uid) + ", neither this user (uid " +
+                  std::to_string(geteuid()) + ") nor root";
+    } else if ((st.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        char mode[8];
+        snprintf(mode, sizeof(mode), "%04o", st.st_mode & 07777);
+        problem = std::string("it is writable by group or others (mode ") + mode + ")";
+    } else {
+        return Directory::kTrusted;
+    }
+    if (logRefusal) {
+        LOG(ERROR) << "binder: refusing service directory " << dir << ": " << problem
+                   << ". Set HOST_BINDER_DIR to a directory of your own, or to the directory of "
+                      "the service you want to reach.";
+    }
+    return Directory::kRefused;
 }
 
 std::string encodeName(const std::string& name) {
@@ -99,14 +140,37 @@ std::string socketPathFor(const char* instance) {
     return path;
 }
 
+// Creates what is missing of dir: parents as any directory, dir itself private to this user,
+// or searchable by the other uids allowed to call.
 bool makeDirectories(const std::string& dir) {
     for (size_t slash = dir.find('/', 1);; slash = dir.find('/', slash + 1)) {
         const std::string prefix = dir.substr(0, slash);
-        if (mkdir(prefix.c_str(), 0755) != 0 && errno != EEXIST) return false;
-        if (slash == std::string::npos) break;
+        const bool last = slash == std::string::npos;
+        const mode_t mode = !last ? 0755 : host_binder::otherUidsAllowed() ? 0711 : 0700;
+        if (mkdir(prefix.c_str(), mode) != 0 && errno != EEXIST) return false;
+        if (last) break;
     }
-    struct stat st;
-    return stat(dir.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    return true;
+}
+
+// Takes the directory's registration lock, waiting a bounded time for another process.
+unique_fd lockDirectory(const std::string& dir) {
+    const std::string lockPath = dir + "/.lock";
+    unique_fd fd(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!fd.ok()) {
+        PLOG(ERROR) << "binder: cannot open " << lockPath;
+        return {};
+    }
+    const auto deadline = std::chrono::steady_clock::now() + kLockTimeout;
+    while (flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+        if ((errno != EWOULDBLOCK && errno != EINTR) ||
+            std::chrono::steady_clock::now() >= deadline) {
+            PLOG(ERROR) << "binder: cannot lock " << lockPath;
+            return {};
+        }
+        std::this_thread::sleep_for(kLookupRetryInterval);
+    }
+    return fd;
 }
 
 // Makes path free for a new socket: fine if absent or a stale socket nobody answers on.
@@ -139,12 +203,22 @@ unique_fd listenOn(const std::string& path) {
     addr.sun_family = AF_UNIX;
     memcpy(addr.sun_path, path.c_str(), path.size() + 1);
     unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!fd.ok() || bind(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) {
-        PLOG(ERROR) << "binder: cannot bind " << path;
+    if (!fd.ok()) {
+        PLOG(ERROR) << "binder: cannot create a socket for " << path;
         return {};
     }
-    // Callers of any uid may connect; the service sees who they are through SO_PEERCRED.
-    chmod(path.c_str(), 0666);
+    // The socket is private to this user unless other uids may call; the transport checks each
+    // caller's uid as well. Connections inherit SO_PASSCRED, so even a request sent before the
+    // connection is accepted carries its sender's credentials.
+    const int on = 1;
+    const mode_t saved = umask(host_binder::otherUidsAllowed() ? 0111 : 0177);
+    const int bound = bind(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr));
+    umask(saved);
+    if (bound != 0 || setsockopt(fd.get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) != 0) {
+        PLOG(ERROR) << "binder: cannot bind " << path;
+        if (bound == 0) unlink(path.c_str());
+        return {};
+    }
     if (listen(fd.get(), SOMAXCONN) != 0) {
         PLOG(ERROR) << "binder: cannot listen on " << path;
         unlink(path.c_str());
@@ -168,6 +242,8 @@ AIBinder* lookupWithRetry(const char* instance) {
     for (;;) {
         AIBinder* binder = AServiceManager_checkService(instance);
         if (binder != nullptr || std::chrono::steady_clock::now() >= deadline) return binder;
+        // A refused directory stays refused; it was reported once already.
+        if (checkDirectory(serviceDirectory(), false) == Directory::kRefused) return nullptr;
         std::this_thread::sleep_for(kLookupRetryInterval);
     }
 }
@@ -191,13 +267,10 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
         PLOG(ERROR) << "binder: cannot create " << dir;
         return EX_ILLEGAL_STATE;
     }
+    if (checkDirectory(dir, true) != Directory::kTrusted) return EX_ILLEGAL_STATE;
     // Serialises the probe-and-replace against other processes registering in the directory.
-    const std::string lockPath = dir + "/.lock";
-    unique_fd lockFd(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
-    if (!lockFd.ok() || TEMP_FAILURE_RETRY(flock(lockFd.get(), LOCK_EX)) != 0) {
-        PLOG(ERROR) << "binder: cannot lock " << lockPath;
-        return EX_ILLEGAL_STATE;
-    }
+    unique_fd lockFd = lockDirectory(dir);
+    if (!lockFd.ok()) return EX_ILLEGAL_STATE;
     binder_exception_t claimed = claimSocketPath(path);
     if (claimed != EX_NONE) return claimed;
     unique_fd listener = listenOn(path);
@@ -216,7 +289,9 @@ AIBinder* AServiceManager_checkService(const char* instance) {
     AIBinder* local = findLocal(instance);
     if (local != nullptr) return local;
     const std::string path = socketPathFor(instance);
-    if (path.empty()) return nullptr;
+    if (path.empty() || checkDirectory(serviceDirectory(), true) != Directory::kTrusted) {
+        return nullptr;
+    }
     unique_fd connection = host_binder::connectToSocket(path);
     if (!connection.ok()) return nullptr;
     auto endpoint = std::make_shared<host_binder::RemoteEndpoint>(path);

@@ -1,27 +1,31 @@
 #include "wire.h"
 
 #include <errno.h>
+#include <limits.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cstring>
+
+#include "binder_internal.h"
 
 namespace host_binder {
 
 namespace {
 
-// Room for a few descriptors; a peer sending more gets them dropped by the kernel.
-constexpr size_t kMaxFdsPerRead = 4;
-
-// Waits until socket is ready for events or the deadline passes.
-bool waitReady(int socket, short events, const Deadline& deadline) {
+// Waits until fd is ready for events or the deadline passes.
+bool waitReady(int fd, short events, const Deadline& deadline) {
     if (!deadline.has_value()) return true;
     for (;;) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             *deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) return false;
-        pollfd p = {socket, events, 0};
+        if (left.count() <= 0) {
+            errno = ETIMEDOUT;
+            return false;
+        }
+        pollfd p = {fd, events, 0};
         int ready = poll(&p, 1, static_cast<int>(left.count()));
         if (ready > 0) return true;
         if (ready < 0 && errno != EINTR) return false;
@@ -33,11 +37,14 @@ int sendFlags(const Deadline& deadline) {
     return MSG_NOSIGNAL | (deadline.has_value() ? MSG_DONTWAIT : 0);
 }
 
+// Waits only when a send found no room, so the common case costs one call.
 bool sendAll(int socket, const uint8_t* data, size_t size, const Deadline& deadline) {
     while (size > 0) {
-        if (!waitReady(socket, POLLOUT, deadline)) return false;
         ssize_t sent = TEMP_FAILURE_RETRY(send(socket, data, size, sendFlags(deadline)));
-        if (sent < 0 && errno == EAGAIN) continue;
+        if (sent < 0 && errno == EAGAIN) {
+            if (!waitReady(socket, POLLOUT, deadline)) return false;
+            continue;
+        }
         if (sent <= 0) return false;
         data += sent;
         size -= static_cast<size_t>(sent);
@@ -65,10 +72,11 @@ bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, si
         memcpy(CMSG_DATA(cmsg), &passFd, sizeof(int));
     }
     ssize_t sent;
-    do {
-        if (!waitReady(socket, POLLOUT, deadline)) return false;
+    for (;;) {
         sent = TEMP_FAILURE_RETRY(sendmsg(socket, &msg, sendFlags(deadline)));
-    } while (sent < 0 && errno == EAGAIN);
+        if (sent >= 0 || errno != EAGAIN) break;
+        if (!waitReady(socket, POLLOUT, deadline)) return false;
+    }
     if (sent < 0) return false;
     // The descriptor went with the first byte; the rest is plain data.
     const size_t total = sizeof(header) + size;
@@ -83,17 +91,16 @@ bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, si
     return sendAll(socket, payload + (done - sizeof(header)), total - done, deadline);
 }
 
-ReadResult readExact(int socket, void* data, size_t size,
-                     std::vector<android::base::unique_fd>* fds, Deadline deadline) {
+ReadResult readExact(int socket, void* data, size_t size) {
     auto* out = static_cast<uint8_t*>(data);
     size_t done = 0;
     while (done < size) {
-        if (!waitReady(socket, POLLIN, deadline)) return ReadResult::kFailed;
         iovec iov = {out + done, size - done};
         msghdr msg = {};
         msg.msg_iov = &iov;
         msg.msg_iovlen = 1;
-        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int) * kMaxFdsPerRead)];
+        // Room for one stray descriptor; the kernel closes any beyond what fits.
+        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
         msg.msg_control = control;
         msg.msg_controllen = sizeof(control);
         ssize_t n = TEMP_FAILURE_RETRY(recvmsg(socket, &msg, MSG_CMSG_CLOEXEC));
@@ -104,14 +111,55 @@ ReadResult readExact(int socket, void* data, size_t size,
             for (size_t i = 0; i < count; ++i) {
                 int fd;
                 memcpy(&fd, CMSG_DATA(cmsg) + i * sizeof(int), sizeof(int));
-                android::base::unique_fd owned(fd);
-                if (fds != nullptr) fds->push_back(std::move(owned));
+                close(fd);
             }
         }
         if (n == 0) return done == 0 ? ReadResult::kClosed : ReadResult::kFailed;
         done += static_cast<size_t>(n);
     }
     return ReadResult::kOk;
+}
+
+ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payload) {
+    // The service sends nothing unasked, so the first read may take whatever has arrived.
+    uint8_t first[4096];
+    size_t got = 0;
+    while (got < sizeof(FrameHeader)) {
+        // Without room for ancillary data, any descriptor sent along is closed by the kernel.
+        const ssize_t n = TEMP_FAILURE_RETRY(recv(socket, first + got, sizeof(first) - got, 0));
+        if (n <= 0 && got > 0) errno = EIO;  // part of a reply came: the request ran
+        if (n < 0) return ReadResult::kFailed;
+        if (n == 0) return got == 0 ? ReadResult::kClosed : ReadResult::kFailed;
+        got += static_cast<size_t>(n);
+    }
+    memcpy(header, first, sizeof(FrameHeader));
+    const size_t early = got - sizeof(FrameHeader);
+    if (header->magic != kReplyMagic || header->size > kMaxPayloadSize || early > header->size) {
+        errno = EPROTO;
+        return ReadResult::kFailed;
+    }
+    payload->resize(header->size);
+    if (early > 0) memcpy(payload->data(), first + sizeof(FrameHeader), early);
+    if (early == header->size) return ReadResult::kOk;
+    if (readExact(socket, payload->data() + early, header->size - early) == ReadResult::kOk) {
+        return ReadResult::kOk;
+    }
+    errno = EIO;
+    return ReadResult::kFailed;
+}
+
+bool writeWithDeadline(int fd, const uint8_t* data, size_t size, Deadline deadline) {
+    while (size > 0) {
+        if (!waitReady(fd, POLLOUT, deadline)) return false;
+        // Up to PIPE_BUF bytes fit in a pipe or socket that polls writable, so this never
+        // blocks, whether or not the descriptor is in non-blocking mode.
+        ssize_t written = TEMP_FAILURE_RETRY(write(fd, data, std::min(size, size_t{PIPE_BUF})));
+        if (written < 0 && errno == EAGAIN) continue;
+        if (written <= 0) return false;
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
 }
 
 android::base::unique_fd connectToSocket(const std::string& path) {
@@ -126,6 +174,32 @@ android::base::unique_fd connectToSocket(const std::string& path) {
     if (!fd.ok()) return {};
     if (connect(fd.get(), reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return {};
     return fd;
+}
+
+binder_status_t writeDumpArgs(AParcel* parcel, const char** args, uint32_t count) {
+    if (count > static_cast<uint32_t>(INT32_MAX)) return STATUS_BAD_VALUE;
+    binder_status_t status = AParcel_writeInt32(parcel, static_cast<int32_t>(count));
+    for (uint32_t i = 0; status == STATUS_OK && i < count; ++i) {
+        const char* arg = args[i] == nullptr ? "" : args[i];
+        status = AParcel_writeString(parcel, arg, static_cast<int32_t>(strlen(arg)));
+    }
+    return status;
+}
+
+binder_status_t readDumpArgs(const AParcel* parcel, std::vector<std::string>* args) {
+    int32_t count;
+    binder_status_t status = AParcel_readInt32(parcel, &count);
+    if (status != STATUS_OK) return status;
+    // Each argument takes at least one word.
+    if (count < 0 || static_cast<size_t>(count) > parcel->data.size() / sizeof(int32_t)) {
+        return STATUS_BAD_VALUE;
+    }
+    args->resize(static_cast<size_t>(count));
+    for (std::string& arg : *args) {
+        status = AParcel_readString(parcel, &arg, stdStringAllocator);
+        if (status != STATUS_OK) return status;
+    }
+    return STATUS_OK;
 }
 
 }  // namespace host_binder

@@ -6,14 +6,18 @@
  *   request: magic 'HBTX', transaction code, flags, payload size
  *   reply:   magic 'HBRX', binder_status_t result, 0, payload size
  * Header plus payload never exceed kMaxFrameSize. A dump request carries the output descriptor
- * as SCM_RIGHTS ancillary data on its header. One-way requests get no reply.
+ * as SCM_RIGHTS ancillary data on its header, and no other frame or byte may carry one. Services
+ * turn on SO_PASSCRED, so the kernel stamps every request with its sender's credentials.
+ * One-way requests get no reply.
  */
 #pragma once
 
 #include <android-base/unique_fd.h>
 #include <android/binder_ibinder.h>
+#include <android/binder_parcel.h>
 #include <sys/types.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -25,7 +29,6 @@ namespace host_binder {
 
 constexpr uint32_t kRequestMagic = B_PACK_CHARS('H', 'B', 'T', 'X');
 constexpr uint32_t kReplyMagic = B_PACK_CHARS('H', 'B', 'R', 'X');
-constexpr size_t kMaxFrameSize = 1024 * 1024;
 
 struct FrameHeader {
     uint32_t magic;
@@ -35,12 +38,24 @@ struct FrameHeader {
 };
 static_assert(sizeof(FrameHeader) == 16, "frame header is four words");
 
-constexpr size_t kMaxPayloadSize = kMaxFrameSize - sizeof(FrameHeader);
+// The frame limit is sized for the largest replies the served interfaces produce:
+//  - a text report of up to 524288 bytes (getVmallocDebug), which crosses as UTF-16: a status
+//    word, a length word and (524288 + 1) * 2 bytes padded to a word;
+//  - a list of 400 memory-statistics records (ProcMemStatRet): a status word, the result, the
+//    parcelable size and the list length, then per record a presence word, a size word, a
+//    name of at most 16 characters (a length word and 17 UTF-16 units, padded) and 18 words of
+//    fields.
+// The larger of the two, rounded up to 64 KiB, leaves room for any smaller reply.
+constexpr size_t kLargestTextReply = 4 + 4 + (((524288 + 1) * 2 + 3) & ~size_t{3});
+constexpr size_t kLargestRecordListReply = 4 * 4 + 400 * (4 + 4 + (4 + 36) + 18 * 4);
+constexpr size_t kMaxPayloadSize =
+    (std::max(kLargestTextReply, kLargestRecordListReply) + 0xffff) & ~size_t{0xffff};
+constexpr size_t kMaxFrameSize = sizeof(FrameHeader) + kMaxPayloadSize;
 
 enum class ReadResult {
     kOk,
     kClosed,  // orderly end of stream before the first byte
-    kFailed,  // error, timeout or end of stream part way through
+    kFailed,  // error, timeout or end of stream part way through; errno tells which
 };
 
 // When given, an operation fails once this passes, however slowly the peer keeps trickling.
@@ -51,13 +66,24 @@ using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 bool sendFrame(int socket, const FrameHeader& header, const uint8_t* payload, size_t size,
                int passFd = -1, Deadline deadline = std::nullopt);
 
-// Reads exactly size bytes. Descriptors received on the way are appended to fds when it is
-// given, and closed otherwise.
-ReadResult readExact(int socket, void* data, size_t size,
-                     std::vector<android::base::unique_fd>* fds = nullptr,
-                     Deadline deadline = std::nullopt);
+// Reads exactly size bytes from a socket that never sends descriptors; any that arrive are
+// closed.
+ReadResult readExact(int socket, void* data, size_t size);
+
+// Reads one reply frame. A frame that is not a reply or exceeds the limits fails with errno
+// EPROTO, and a reply cut short with EIO.
+ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payload);
+
+// Writes all of data to fd, which may be any kind of file the caller handed over, in pieces
+// small enough never to block once poll reports room. Gives up at the deadline. Never raises
+// SIGPIPE.
+bool writeWithDeadline(int fd, const uint8_t* data, size_t size, Deadline deadline);
 
 // Connects a blocking stream socket to path; returns an invalid fd with errno set on failure.
 android::base::unique_fd connectToSocket(const std::string& path);
+
+// The arguments of a dump request: a count followed by that many strings.
+binder_status_t writeDumpArgs(AParcel* parcel, const char** args, uint32_t count);
+binder_status_t readDumpArgs(const AParcel* parcel, std::vector<std::string>* args);
 
 }  // namespace host_binder
