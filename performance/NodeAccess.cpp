@@ -5,7 +5,6 @@
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -246,14 +245,6 @@ struct DirCloser {
     void operator()(DIR* d) const { closedir(d); }
 };
 
-class KernelDeviceIo : public DeviceIo {
-  public:
-    int open(const char* path, int flags) override { return ::open(path, flags); }
-    int ioctl(int fd, unsigned int request, void* arg) override {
-        return ::ioctl(fd, request, arg);
-    }
-};
-
 }  // namespace
 
 bool Performance::forEachEntry(const char* path,
@@ -264,10 +255,6 @@ bool Performance::forEachEntry(const char* path,
         if (!onEntry(*entry)) break;
     }
     return true;
-}
-
-std::shared_ptr<DeviceIo> DeviceIo::kernel() {
-    return std::make_shared<KernelDeviceIo>();
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -2,6 +2,7 @@
 
 #include <aidl/vendor/vyren/hardware/performance/BnPerformance.h>
 #include <dirent.h>
+#include <quilbex/util.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -58,18 +59,8 @@ struct WriteOutcome {
     ssize_t written = 0;
 };
 
-// The character devices the service drives by ioctl are reached through this one interface, so
-// that a stand-in driver can take the kernel's place. kernel() makes the system calls themselves.
-class DeviceIo {
-  public:
-    virtual ~DeviceIo() = default;
-    // open(2): a new descriptor, or -1 with errno set.
-    virtual int open(const char* path, int flags) = 0;
-    // ioctl(2) with one pointer argument. The request is 32 bits wide, as the kernel takes it.
-    virtual int ioctl(int fd, unsigned int request, void* arg) = 0;
-
-    static std::shared_ptr<DeviceIo> kernel();
-};
+// The character devices are reached through the one device-I/O interface the engine defines.
+using ::vyren::quilbex::util::DeviceIo;
 
 // A request of the access-control monitor device.
 struct AcmRequest {

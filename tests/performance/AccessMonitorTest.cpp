@@ -72,11 +72,11 @@ struct FakeAcmDriver : DeviceIo {
         opened = path + std::string(flags == O_RDWR ? "" : " with other flags");
         return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     }
-    int ioctl(int, unsigned int request, void* arg) override {
+    int ioctl(int, unsigned long request, void* arg) override {
         const unsigned int nr = _IOC_NR(request);
         const size_t size =
             nr == 3 || nr == 6 ? strlen(static_cast<char*>(arg)) : _IOC_SIZE(request);
-        last = {request, std::string(static_cast<char*>(arg), size)};
+        last = {static_cast<unsigned int>(request), std::string(static_cast<char*>(arg), size)};
         const int64_t writeBack = -3;
         if (nr == 1 || nr == 4 || nr == 7) memcpy(arg, &writeBack, nr == 1 ? 4 : 8);
         return -1;

@@ -62,6 +62,13 @@ struct Driver {
     }
 };
 
+struct DriverIo : ::vyren::quilbex::util::DeviceIo {
+    int open(const char* path, int flags) override { return Driver::Open(path, flags); }
+    int ioctl(int fd, unsigned long request, void* arg) override {
+        return Driver::Ioctl(fd, request, arg);
+    }
+};
+
 LogLine Engine(const std::string& text) {
     return {"quilbex", ANDROID_LOG_ERROR, text + "\n"};
 }
@@ -70,7 +77,7 @@ class MemoryStatisticsTest : public NodeRootTest {
   protected:
     void SetUp() override {
         NodeRootTest::SetUp();
-        ::vyren::quilbex::util::SetDeviceCalls({Driver::Open, Driver::Ioctl});
+        ::vyren::quilbex::util::SetDeviceIo(std::make_shared<DriverIo>());
         writeNode("/dev/quilbex", "");
         service = makeService("5.15.78");
         clearLogs();

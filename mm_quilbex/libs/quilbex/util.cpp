@@ -20,15 +20,15 @@ namespace vyren::quilbex::util {
 
 namespace {
 
-int SystemOpen(const char* path, int flags) {
-    return open(path, flags);
-}
+class KernelDeviceIo : public DeviceIo {
+  public:
+    int open(const char* path, int flags) override { return ::open(path, flags); }
+    int ioctl(int fd, unsigned long request, void* arg) override {
+        return ::ioctl(fd, request, arg);
+    }
+};
 
-int SystemIoctl(int fd, unsigned long request, void* arg) {
-    return ioctl(fd, request, arg);
-}
-
-DeviceCalls gDeviceCalls = {SystemOpen, SystemIoctl};
+std::shared_ptr<DeviceIo> gDeviceIo = DeviceIo::kernel();
 std::string gNodeRoot;
 
 // Shared by every binder thread; a thread that loses the race to open keeps the winner's.
@@ -36,10 +36,13 @@ std::atomic<int> gQuilbexFd{-1};
 
 }  // namespace
 
-DeviceCalls SetDeviceCalls(const DeviceCalls& calls) {
-    const DeviceCalls previous = gDeviceCalls;
-    gDeviceCalls = calls;
-    return previous;
+std::shared_ptr<DeviceIo> DeviceIo::kernel() {
+    return std::make_shared<KernelDeviceIo>();
+}
+
+std::shared_ptr<DeviceIo> SetDeviceIo(std::shared_ptr<DeviceIo> io) {
+    gDeviceIo.swap(io);
+    return io;
 }
 
 void SetNodeRoot(std::string root) {
@@ -56,7 +59,7 @@ int QuilbexFd() {
 
     const std::string path = gNodeRoot + kQuilbexDevice;
     android::base::unique_fd fd(
-        TEMP_FAILURE_RETRY(gDeviceCalls.open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+        TEMP_FAILURE_RETRY(gDeviceIo->open(path.c_str(), O_RDONLY | O_CLOEXEC)));
     if (fd < 0) {
         QUILBEX_LOGE(26, "Failed to open %s:%s\n", kQuilbexDevice, strerror(errno));
         return -1;
@@ -67,7 +70,7 @@ int QuilbexFd() {
 }
 
 int QuilbexIoctl(int fd, unsigned long request, void* arg) {
-    return TEMP_FAILURE_RETRY(gDeviceCalls.ioctl(fd, request, arg));
+    return TEMP_FAILURE_RETRY(gDeviceIo->ioctl(fd, request, arg));
 }
 
 bool QuilbexVersion(int& major, int& minor) {

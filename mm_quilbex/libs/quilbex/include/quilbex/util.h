@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace vyren::quilbex::util {
@@ -13,14 +14,21 @@ inline constexpr unsigned long kQuilbexPidRequest = 0xFB01;      // proc_pid_ms
 inline constexpr unsigned long kQuilbexSizeRequest = 0xFB02;     // proc_size_ms
 inline constexpr unsigned long kQuilbexUidRequest = 0xFB03;      // proc_size_ms
 
-// The two system calls through which the engine reaches the device. On a host, which has no such
-// device, a model of the driver takes their place.
-struct DeviceCalls {
-    int (*open)(const char* path, int flags);
-    int (*ioctl)(int fd, unsigned long request, void* arg);
+// The character devices the service drives by ioctl (this engine's /dev/quilbex, and /dev/acm)
+// are reached through this one interface, so that a stand-in driver can take the kernel's place
+// on a host. kernel() makes the system calls themselves.
+class DeviceIo {
+  public:
+    virtual ~DeviceIo() = default;
+    // open(2): a new descriptor, or -1 with errno set.
+    virtual int open(const char* path, int flags) = 0;
+    // ioctl(2) with one pointer argument.
+    virtual int ioctl(int fd, unsigned long request, void* arg) = 0;
+
+    static std::shared_ptr<DeviceIo> kernel();
 };
-// Replaces the device calls and returns the ones in use before. Call it before any query.
-DeviceCalls SetDeviceCalls(const DeviceCalls& calls);
+// Replaces the engine's device I/O and returns the one in use before. Call it before any query.
+std::shared_ptr<DeviceIo> SetDeviceIo(std::shared_ptr<DeviceIo> io);
 
 // Where the kernel's nodes are found: empty on a device, a simulated device tree on a host.
 // Set once, before any query, and fixed afterwards.
