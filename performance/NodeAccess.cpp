@@ -19,8 +19,6 @@ namespace aidl::vendor::vyren::hardware::performance {
 
 namespace {
 
-// Small nodes are read in one go; longer ones are cut.
-constexpr size_t kSmallNodeBuffer = 1024;
 // Whole-node line reads take the node in chunks of this size.
 constexpr size_t kLineChunk = 4096;
 
@@ -190,14 +188,14 @@ std::string Performance::readNode(const char* path, size_t size, const char* fal
     return std::string(buffer.data(), strnlen(buffer.data(), size));
 }
 
-bool Performance::readSmallNode(const std::string& path, std::string* out) const {
+bool Performance::readSmallNode(const std::string& path, std::string* out, size_t size) const {
     android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
     if (fd < 0) return false;
-    char buffer[kSmallNodeBuffer] = {};
-    // One read only: a longer node is cut at 1023 bytes.
-    (void)read(fd, buffer, sizeof(buffer));
-    buffer[sizeof(buffer) - 1] = '\0';
-    out->append(buffer);
+    std::vector<char> buffer(size, '\0');
+    // One read only: a longer node is cut at size - 1 bytes, the last byte being the terminator.
+    (void)TEMP_FAILURE_RETRY(read(fd, buffer.data(), size));
+    buffer[size - 1] = '\0';
+    out->append(buffer.data());
     return true;
 }
 

@@ -396,7 +396,7 @@ class Performance : public BnPerformance {
     std::string readNode(const char* path, size_t size, const char* fallback);
     // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to
     // out. Returns false, with nothing logged, when the node cannot be opened.
-    bool readSmallNode(const std::string& path, std::string* out) const;
+    bool readSmallNode(const std::string& path, std::string* out, size_t size = 1024) const;
 
     // Calls onLine with each line of the node, without its newline; a last line with no newline
     // is a line too. A read error ends the lines early. Returns false, with errno from the

@@ -216,16 +216,12 @@ std::string Performance::hybridswapRead(int32_t action, const std::string& path,
         ALOGE("action %d, can not find file node", action);
         return bounded;
     }
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDONLY | O_CLOEXEC));
-    if (fd < 0) {
+    std::string text;
+    if (!readSmallNode(path, &text, kParameterBuffer)) {
         ALOGE("open file %s failed, %s", path.c_str(), strerror(errno));
         return bounded;
     }
-    char buffer[kParameterBuffer] = {};
-    const ssize_t count = TEMP_FAILURE_RETRY(read(fd, buffer, sizeof(buffer)));
-    // A full buffer loses its last byte to the terminator.
-    if (count == static_cast<ssize_t>(sizeof(buffer))) buffer[sizeof(buffer) - 1] = '\0';
-    return std::string(buffer, strnlen(buffer, sizeof(buffer)));
+    return text;
 }
 
 ::ndk::ScopedAStatus Performance::hybridswap_zram_para_write(int32_t action,
