@@ -101,9 +101,9 @@ void NodeRootTest::makeDirectoryAt(const std::string& node) {
     std::filesystem::create_directories(path(node));
 }
 
-void NodeRootTest::makeRefusingNode(const std::string& node) {
+void NodeRootTest::makeLink(const std::string& node, const std::string& target) {
     std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
-    ASSERT_EQ(symlink("/dev/full", path(node).c_str()), 0) << node;
+    ASSERT_EQ(symlink(target.c_str(), path(node).c_str()), 0) << node;
 }
 
 void NodeRootTest::makeNodeTakingNoBytes(const std::string& node) {

@@ -39,13 +39,21 @@ class NodeRootTest : public ::testing::Test {
         setKernel(release);
         return makeService();
     }
+    // A service on the given kernel, with its start-up lines cleared from the logs.
+    std::shared_ptr<Performance> quietService(const std::string& release) {
+        auto service = makeService(release);
+        clearLogs();
+        return service;
+    }
 
     std::string path(const std::string& node) const { return mRoot + node; }
     void writeNode(const std::string& node, const std::string& content);
     std::string readNode(const std::string& node) const;
     bool exists(const std::string& node) const;
     void makeDirectoryAt(const std::string& node);
-    void makeRefusingNode(const std::string& node);
+    void makeRefusingNode(const std::string& node) { makeLink(node, "/dev/full"); }
+    // Makes the node a symlink to target, e.g. a node of the host.
+    void makeLink(const std::string& node, const std::string& target);
     void makeNodeTakingNoBytes(const std::string& node);
 
     std::vector<LogLine> logs() const;
@@ -53,6 +61,17 @@ class NodeRootTest : public ::testing::Test {
     void clearLogs();
 
     std::string mRoot;
+};
+
+// A node root with a service on a 5.15 kernel, made before the test with its lines cleared.
+class NodeRootServiceTest : public NodeRootTest {
+  protected:
+    void SetUp() override {
+        NodeRootTest::SetUp();
+        mService = quietService("5.15.78");
+    }
+
+    std::shared_ptr<Performance> mService;
 };
 
 }  // namespace aidl::vendor::vyren::hardware::performance

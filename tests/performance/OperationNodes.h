@@ -87,8 +87,13 @@ struct OperationRow {
     std::optional<Outcome> takesNoBytes = std::nullopt;
 };
 
-// A row whose node is the same on every kernel. A function rather than braces, so that a table
-// of rows stays compact.
+// Rows are built by functions rather than braces, so that a table of them stays compact. This one
+// is for a node chosen by the kernel's tree, on the kernels given.
+OperationRow Row(std::string name, Call call, NodePair node, std::string content,
+                 std::optional<std::string> written, Outcome present, Outcome absent,
+                 std::optional<Outcome> refused = std::nullopt, Kernels kernels = Kernels::kAll,
+                 std::optional<Outcome> takesNoBytes = std::nullopt);
+// A row whose node is the same on every kernel.
 OperationRow Row(std::string name, Call call, const char* node, std::string content,
                  std::optional<std::string> written, Outcome present, Outcome absent,
                  std::optional<Outcome> refused = std::nullopt);
@@ -107,7 +112,13 @@ void PrintTo(const OperationRow& row, std::ostream* os);
 namespace aidl::vendor::vyren::hardware::performance {
 
 class OperationNodesTest : public NodeRootTest,
-                           public ::testing::WithParamInterface<testing::OperationRow> {};
+                           public ::testing::WithParamInterface<testing::OperationRow> {
+  protected:
+    // Calls the row's operation and checks its result and log lines against expected, with the
+    // node and the kernel of release filled in.
+    void expectOutcome(Performance& service, const testing::Outcome& expected,
+                       const std::string& node, const std::string& release);
+};
 
 }  // namespace aidl::vendor::vyren::hardware::performance
 
