@@ -1,64 +1,146 @@
-// Health information, filesystem fragmentation and device information.
+// Health information, leak detection, filesystem fragmentation and device information.
 
+#include <cstdint>
 #include <filesystem>
 
 #include "OperationNodes.h"
 
+#define OP(op, ...) #op, testing::call(&Performance::op, ##__VA_ARGS__)
+#define SAME(node) (NodePair{node, node})
+#define HI(name) SAME("/proc/vyren_healthinfo/" name)
+#define LEAK(name) \
+    (NodePair{"/proc/vyren_healthinfo/" name, "/proc/vyren_mem/memleak_detect/" name})
+
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::call;
+using testing::Call;
 using testing::Debug;
+using testing::Error;
+using testing::Kernels;
+using testing::OperationRow;
+using testing::Outcome;
+using testing::Row;
 
-const std::string kLongText = "cpu0:12\n" + std::string(5000, 'x');
+const std::string kNoNode = " {node} (2): No such file or directory";
 
 LogLine missing(const std::string& node) {
     return Debug("open " + node + " failed! err:No such file or directory, Linux version {version}");
 }
 
-// A node read into a 4096-byte buffer; the logs say which nodes were tried.
-testing::OperationRow textRow(const char* name, testing::Call op, const char* node,
-                              std::vector<LogLine> present = {}) {
-    testing::OperationRow row;
-    row.name = name;
-    row.call = std::move(op);
-    row.node = {node, node};
-    row.content = kLongText;
-    row.present = {kLongText.substr(0, 4096), std::move(present)};
-    row.absent = {"", row.present.logs};
-    row.absent.logs.push_back(missing("{node}"));
-    return row;
+// Text in short lines, so that both a cut and a read that stops at a line show.
+std::string patterned(size_t size) {
+    std::string text;
+    for (size_t i = 0; i < size; ++i) text += i % 27 == 26 ? '\n' : static_cast<char>('a' + i % 27);
+    return text;
 }
-#define TEXT_ROW(op, node) textRow(#op, call(&Performance::op), node)
 
-const testing::OperationRow kTextRows[] = {
-    TEXT_ROW(getHICpuLoading, "/proc/vyren_healthinfo/cpu_loading"),
-    TEXT_ROW(getHICpuInfo, "/proc/vyren_healthinfo/cpu_info"),
-    TEXT_ROW(getschedlatency, "/proc/vyren_healthinfo/sched_latency"),
-    TEXT_ROW(getiowait, "/proc/vyren_healthinfo/iowait"),
-    TEXT_ROW(getfsyncwait, "/proc/vyren_healthinfo/fsync_wait"),
-    TEXT_ROW(getionwait, "/proc/vyren_healthinfo/ion_wait"),
-    TEXT_ROW(getallocwait, "/proc/vyren_healthinfo/alloc_wait"),
-    TEXT_ROW(getdstate, "/proc/vyren_healthinfo/dstate"),
-    TEXT_ROW(getDevinfoDDRInfo, "/proc/devinfo/ddr"),
-    TEXT_ROW(getDdrResidency, "/sys/power/ddr/residency"),
+// A report is the node's text up to its first NUL, cut at the buffer size of its tree. The logs
+// name the nodes tried before it.
+OperationRow report(std::string name, Call op, NodePair node, std::string content,
+                    std::string result, Kernels kernels = Kernels::kAll,
+                    std::vector<LogLine> tried = {}) {
+    Outcome absent = {"", tried};
+    absent.logs.push_back(missing("{node}"));
+    return Row(name, op, node, content, testing::kUnchanged, {result, tried}, absent, {}, kernels);
+}
+OperationRow report(std::string name, Call op, NodePair node, size_t size,
+                    Kernels kernels = Kernels::kAll, std::vector<LogLine> tried = {}) {
+    return report(name, op, node, patterned(size + 100), patterned(size), kernels, tried);
+}
+
+const OperationRow kTextRows[] = {
+    report(OP(getHICpuLoading), HI("cpu_loading"), 4096),
+    report(OP(getHICpuInfo), HI("cpu_info"), 4096),
+    report(OP(getschedlatency), HI("sched_latency"), 4096),
+    report(OP(getiowait), HI("iowait"), 4096),
+    report(OP(getfsyncwait), HI("fsync_wait"), 4096),
+    report(OP(getionwait), HI("ion_wait"), 4096),
+    report(OP(getallocwait), HI("alloc_wait"), 4096),
+    report(OP(getdstate), HI("dstate"), 4096),
+    report(OP(getDevinfoDDRInfo), SAME("/proc/devinfo/ddr"), 4096),
+    report(OP(getDdrResidency), SAME("/sys/power/ddr/residency"), 4096),
     // The eMMC node stands in when the UFS node yields nothing.
-    textRow("getDevinfoUfsInfo", call(&Performance::getDevinfoUfsInfo), "/proc/devinfo/emmc",
-            {missing("/proc/devinfo/ufs")}),
-    textRow("getDevinfoUfsVersionInfo", call(&Performance::getDevinfoUfsVersionInfo),
-            "/proc/devinfo/emmc_version", {missing("/proc/devinfo/ufs_version")}),
+    report(OP(getDevinfoUfsInfo), SAME("/proc/devinfo/emmc"), 4096, Kernels::kAll,
+           {missing("/proc/devinfo/ufs")}),
+    report(OP(getDevinfoUfsVersionInfo), SAME("/proc/devinfo/emmc_version"), 4096, Kernels::kAll,
+           {missing("/proc/devinfo/ufs_version")}),
 };
 INSTANTIATE_OPERATION_ROWS(HealthAndDeviceText, kTextRows);
 
-class HealthInfoTest : public NodeRootTest {
-  protected:
-    void SetUp() override {
-        NodeRootTest::SetUp();
-        service = makeService("5.15.78");
-        clearLogs();
-    }
-    std::shared_ptr<Performance> service;
+const OperationRow kReportRows[] = {
+    report(OP(readKmallocDebugCreate), LEAK("kmalloc_debug_create"), 4096),
+    report(OP(getKmallocOrigin), LEAK("kmalloc_origin"), 4096),
+    report(OP(getKmallocUsed), LEAK("kmalloc_used"), 512),
+    report(OP(getKmallocDebug), LEAK("kmalloc_debug"), 4096),
+    report(OP(readMemleakDetectThread), LEAK("memleak_detect_thread"), 32),
+    report(OP(readVaFeature), LEAK("va_feature"), 32),
+    report("getVmallocDebug_older", testing::call(&Performance::getVmallocDebug),
+           LEAK("vmalloc_debug"), 4096, Kernels::kOlder),
+    report("getVmallocDebug_newer", testing::call(&Performance::getVmallocDebug),
+           LEAK("stack_hash"), 524288, Kernels::kNewer),
+    report(OP(getVmallocUsed), LEAK("vmalloc_used"), 128),
+    report(OP(getVmallocHashCal), LEAK("vmalloc_hash_cal"), 128),
+    // A NUL ends the text; an empty node is an empty report.
+    report("getVmallocUsed_nul", testing::call(&Performance::getVmallocUsed), LEAK("vmalloc_used"),
+           std::string("before\0after", 12), "before"),
+    report("getVmallocUsed_empty", testing::call(&Performance::getVmallocUsed),
+           LEAK("vmalloc_used"), "", ""),
 };
+INSTANTIATE_OPERATION_ROWS(LeakDetectionReports, kReportRows);
+
+// A refused switch write goes unnoticed.
+OperationRow flip(std::string name, Call op, NodePair node, const std::string& message,
+                  const char* written) {
+    const Outcome done = {"0", {Debug(message)}};
+    const std::string verb = message.substr(0, message.find(' '));
+    return Row(name, op, node, "stale", written, done,
+               {"-1", {Error("Failed to " + verb + kNoNode)}}, done);
+}
+
+const OperationRow kSwitchRows[] = {
+    flip(OP(enableKmallocDebug), LEAK("kmalloc_debug_enable"), "enable Kmalloc debug", "1"),
+    flip(OP(disableKmallocDebug), LEAK("kmalloc_debug_enable"), "disable Kmalloc debug", "0"),
+    flip(OP(enableVmallocDebug), LEAK("vmalloc_debug_enable"), "eable Vmalloc debug", "1"),
+    flip(OP(disableVmallocDebug), LEAK("vmalloc_debug_enable"), "disable Vmalloc debug", "0"),
+};
+INSTANTIATE_OPERATION_ROWS(LeakDetectionSwitches, kSwitchRows);
+
+// A value write puts its text over the start of the node's bytes, with no newline and no
+// truncation, and logs it after the label. Writes that take no bytes are logged as failed only
+// where zero counts as failure.
+const std::string kStale = "stale bytes of the node\n";
+const LogLine kNoBytes = Error("Failed to write {node} (0): Success");
+
+OperationRow value(std::string name, Call op, NodePair node, const std::string& text,
+                   const std::string& label, bool zeroFails) {
+    const LogLine done = Debug("enable " + label + "=" + text);
+    return Row(name, op, node, kStale, text + kStale.substr(text.size()),
+               {std::to_string(text.size()), {done}}, {"-2", {Error("Failed to open" + kNoNode)}},
+               Outcome{"-1", {Error("Failed to write {node} (28): No space left on device"), done}},
+               Kernels::kAll,
+               Outcome{"0", zeroFails ? std::vector{kNoBytes, done} : std::vector{done}});
+}
+
+// Typed creation has a node on the newer tree only, which older kernels address as well.
+constexpr NodePair kTypedCreate = SAME("/proc/vyren_mem/memleak_detect/kmalloc_debug_create");
+
+const OperationRow kValueRows[] = {
+    value(OP(writeKmallocDebugCreate, -1), LEAK("kmalloc_debug_create"), "-1",
+          "WriteKmallocDebugCreate", true),
+    value(OP(writeMemleakDetectThread, 300), LEAK("memleak_detect_thread"), "300",
+          "writeMemleakDetectThread", true),
+    value(OP(writeVaFeature, INT32_MIN), LEAK("va_feature"), "-2147483648", "writeVaFeature", false),
+    value(OP(writeKmallocDebugCreateWithType, std::string("kmalloc-64 %n%s")), kTypedCreate,
+          "kmalloc-64 %n%s", "WriteKmallocDebugCreate", true),
+    Row("writeKmallocDebugCreateWithType_empty",
+        testing::call(&Performance::writeKmallocDebugCreateWithType, std::string()), kTypedCreate,
+        kStale, testing::kUnchanged, {"0", {kNoBytes, Debug("enable WriteKmallocDebugCreate=")}},
+        {"-2", {Error("Failed to open" + kNoNode)}}),
+};
+INSTANTIATE_OPERATION_ROWS(LeakDetectionValues, kValueRows);
+
+using HealthInfoTest = NodeRootServiceTest;
 
 // The contract is the item count and key order of each template, whether or not the node exists.
 TEST_F(HealthInfoTest, DescriptorsAnswerTheirNodesTemplateWithoutOpeningIt) {
@@ -77,7 +159,7 @@ TEST_F(HealthInfoTest, DescriptorsAnswerTheirNodesTemplateWithoutOpeningIt) {
         {&Performance::getHIScmCall, "scm_call", 11, "scmcall_low_thresh_ms"}};
     ProcReqHal request{"stale", {{"stale", "=", 7}}};
     for (const auto& [op, node, count, firstKey] : templates) {
-        ASSERT_TRUE(((*service).*op)(&request).isOk());
+        ASSERT_TRUE(((*mService).*op)(&request).isOk());
         EXPECT_EQ(request.path, std::string("/proc/vyren_healthinfo/") + node);
         ASSERT_EQ(request.items.size(), count) << node;
         EXPECT_EQ(request.items[0].key, firstKey);
@@ -96,18 +178,18 @@ TEST_F(HealthInfoTest, F2fsDeviceIsTheLastOfTheBusiestInDirectoryOrder) {
         const std::string name = entry.path().filename();
         if (name != "sda9" && name != "dm-9") expected = name;
     }
-    EXPECT_EQ(service->GetDevName("/sys/fs/f2fs/"), expected);
+    EXPECT_EQ(mService->GetDevName("/sys/fs/f2fs/"), expected);
 }
 
 TEST_F(HealthInfoTest, MovedBlocksParseWholeIntsWithHexAfter0x) {
     std::string total;
-    ASSERT_TRUE(service->getF2fsMovedBlks(&total).isOk());
+    ASSERT_TRUE(mService->getF2fsMovedBlks(&total).isOk());
     EXPECT_EQ(total, "0");
     for (const auto& [foreground, background, sum] :
          {std::tuple{"0x10\n", "5", "21"}, {"12abc", "5", "5"}, {"", "7", "7"}}) {
         writeNode("/sys/fs/f2fs/dm-3/moved_blocks_foreground", foreground);
         writeNode("/sys/fs/f2fs/dm-3/moved_blocks_background", background);
-        ASSERT_TRUE(service->getF2fsMovedBlks(&total).isOk());
+        ASSERT_TRUE(mService->getF2fsMovedBlks(&total).isOk());
         EXPECT_EQ(total, sum) << foreground;
     }
 }
@@ -116,8 +198,8 @@ TEST_F(HealthInfoTest, StatusLinesMatchExactKeysAndTheLastOneWins) {
     int32_t tw = -1, hpb = -1;
     writeNode("/proc/devinfo/ufsplus_status",
               "TW status:3\nTW status :9\nHPB status: 2x\nTW status:5\nHPB status:\nTW status");
-    ASSERT_TRUE(service->getUfsplusTwStatus(&tw).isOk());
-    ASSERT_TRUE(service->getUfsplusHpbStatus(&hpb).isOk());
+    ASSERT_TRUE(mService->getUfsplusTwStatus(&tw).isOk());
+    ASSERT_TRUE(mService->getUfsplusHpbStatus(&hpb).isOk());
     EXPECT_EQ(std::pair(tw, hpb), std::pair(5, 2));
 }
 
@@ -125,7 +207,7 @@ TEST_F(HealthInfoTest, EmmcStandsInForAnEmptyUfsNode) {
     writeNode("/proc/devinfo/ufs_version", "");
     writeNode("/proc/devinfo/emmc_version", "eMMC 5.1\n");
     std::string text;
-    ASSERT_TRUE(service->getDevinfoUfsVersionInfo(&text).isOk());
+    ASSERT_TRUE(mService->getDevinfoUfsVersionInfo(&text).isOk());
     EXPECT_EQ(text, "eMMC 5.1\n");
 }
 
@@ -134,12 +216,12 @@ TEST_F(HealthInfoTest, ReserveUsesVyrenOnlyBesideZetoAndRefusesBadCounts) {
     std::string text = "stale";
     int32_t written = 0, failed = 0;
     // Refused before anything is opened, so the missing zeto node goes unreported.
-    service->readVyrenReserve3(0, -1, &text);
-    service->writeVyrenReserve3(0, -1, "x", &written);
+    mService->readVyrenReserve3(0, -1, &text);
+    mService->writeVyrenReserve3(0, -1, "x", &written);
     EXPECT_EQ(std::pair(text, written), std::pair(std::string("stale"), -1));
     EXPECT_TRUE(logs().empty());
-    service->readVyrenReserve3(0, 16, &text);
-    service->writeVyrenReserve3(0, 1, "x", &failed);
+    mService->readVyrenReserve3(0, 16, &text);
+    mService->writeVyrenReserve3(0, 1, "x", &failed);
     EXPECT_EQ(std::pair(text, failed), std::pair(std::string("stale"), -1));
     const LogLine noZeto =
         Debug("open /dev/block/by-name/zetoreserve3 failed! err:No such file or directory");
@@ -147,8 +229,8 @@ TEST_F(HealthInfoTest, ReserveUsesVyrenOnlyBesideZetoAndRefusesBadCounts) {
 
     writeNode("/dev/block/by-name/zetoreserve3", "ZETO");
     clearLogs();
-    service->readVyrenReserve3(0, 16, &text);
-    service->writeVyrenReserve3(1, 100, "xyz", &written);
+    mService->readVyrenReserve3(0, 16, &text);
+    mService->writeVyrenReserve3(1, 100, "xyz", &written);
     EXPECT_EQ(std::pair(text, written), std::pair(std::string("AB"), 3));
     EXPECT_EQ(readNode("/dev/block/by-name/vyrenreserve3"), "AxyzD");
     EXPECT_EQ(logs(), (std::vector<LogLine>{Debug("write 3 bytes")}));
