@@ -10,12 +10,13 @@
 
 #include <algorithm>
 
-#include "NodeRootFixture.h"
+#include "OperationNodes.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-constexpr char kTag[] = "PerformanceService";
+using testing::Debug;
+
 constexpr char kNode[] = "/proc/node";
 
 // A read of the process's own memory that ends at an unmapped page: the first read returns the
@@ -65,41 +66,29 @@ TEST_P(ReadInterfaceTest, ReturnsBytesAndLogsAsTheNodeAllows) {
     const ReadCase& c = GetParam();
     android::base::unique_fd pipeWriter;
     makeDirectoryAt("/proc");
-    switch (c.node) {
-        case Node::kFile:
-            writeNode(kNode, c.content);
-            break;
-        case Node::kAbsent:
-            break;
-        case Node::kDirectory:
-            makeDirectoryAt(kNode);
-            break;
-        case Node::kPipe:
-            ASSERT_EQ(mkfifo(path(kNode).c_str(), 0600), 0);
-            // A writer of its own, so that the service's open does not wait for one.
-            pipeWriter.reset(open(path(kNode).c_str(), O_RDWR | O_CLOEXEC));
-            ASSERT_GE(pipeWriter, 0);
-            break;
-        case Node::kEndsInHole: {
-            const size_t page = sysconf(_SC_PAGESIZE);
-            void* start = reinterpret_cast<void*>(kHole - page);
-            if (mmap(start, 2 * page, PROT_READ | PROT_WRITE,
-                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0) != start) {
-                GTEST_SKIP() << "the address below the hole is taken";
-            }
-            munmap(reinterpret_cast<void*>(kHole), page);
-            ASSERT_EQ(symlink("/proc/self/mem", path(kNode).c_str()), 0);
-            break;
-        }
+    if (c.node == Node::kFile) writeNode(kNode, c.content);
+    if (c.node == Node::kDirectory) makeDirectoryAt(kNode);
+    if (c.node == Node::kPipe) {
+        ASSERT_EQ(mkfifo(path(kNode).c_str(), 0600), 0);
+        // A writer of its own, so that the service's open does not wait for one.
+        pipeWriter.reset(open(path(kNode).c_str(), O_RDWR | O_CLOEXEC));
+        ASSERT_GE(pipeWriter, 0);
     }
-    auto service = makeService("5.15.78");
-    clearLogs();
+    if (c.node == Node::kEndsInHole) {
+        const size_t page = sysconf(_SC_PAGESIZE);
+        void* start = reinterpret_cast<void*>(kHole - page);
+        if (mmap(start, 2 * page, PROT_READ | PROT_WRITE,
+                 MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0) != start) {
+            GTEST_SKIP() << "the address below the hole is taken";
+        }
+        munmap(reinterpret_cast<void*>(kHole), page);
+        makeLink(kNode, "/proc/self/mem");
+    }
+    auto service = quietService("5.15.78");
     std::string buffer(c.size, '\x7f');
     EXPECT_EQ(service->readInterface(kNode, c.offset, buffer.data(), c.size), c.result);
     EXPECT_EQ(buffer.substr(0, std::max(c.result, 0)), c.bytes);
-    std::vector<LogLine> expected;
-    if (!c.debugLog.empty()) expected.push_back({kTag, ANDROID_LOG_DEBUG, c.debugLog});
-    EXPECT_EQ(logs(), expected);
+    EXPECT_EQ(logs(), c.debugLog.empty() ? std::vector<LogLine>{} : std::vector{Debug(c.debugLog)});
     EXPECT_EQ(service->readInterface(kNode, 0, nullptr, 8), -1);
 }
 
@@ -109,24 +98,23 @@ INSTANTIATE_TEST_SUITE_P(Nodes, ReadInterfaceTest, ::testing::ValuesIn(kReads),
 using ReadFileToStringTTest = NodeRootTest;
 
 TEST_F(ReadFileToStringTTest, ReadsOnceAndCutsAt1023Bytes) {
-    const std::tuple<const char*, std::string, std::string> cases[] = {
-        {"/proc/long", std::string(2000, 'x'), std::string(1023, 'x')},
-        {"/proc/nul", std::string("ab\0cd", 5), "ab"},
-        {"/proc/empty", "", ""},
+    // The node's bytes, or none for an absent node; the text read, and the lines logged.
+    const std::tuple<const char*, std::optional<std::string>, std::string, bool> cases[] = {
+        {"/proc/long", std::string(2000, 'x'), std::string(1023, 'x'), true},
+        {"/proc/nul", std::string("ab\0cd", 5), "ab", true},
+        {"/proc/empty", "", "", true},
+        {"/proc/absent", std::nullopt, "", false},
     };
     auto service = makeService("5.15.78");
-    std::string out = "stale";
-    for (const auto& [node, content, expected] : cases) {
-        writeNode(node, content);
-        EXPECT_TRUE(service->ReadFileToStringT(node, &out)) << node;
+    for (const auto& [node, content, expected, read] : cases) {
+        if (content) writeNode(node, *content);
+        std::string out = "stale";
+        clearLogs();
+        EXPECT_EQ(service->ReadFileToStringT(node, &out), read) << node;
         EXPECT_EQ(out, expected) << node;
+        EXPECT_EQ(logs(), read ? std::vector<LogLine>{}
+                               : std::vector{testing::Info("get fd of ReadFileToStringT failed!")});
     }
-    clearLogs();
-    EXPECT_FALSE(service->ReadFileToStringT("/proc/absent", &out));
-    EXPECT_EQ(out, "");
-    EXPECT_EQ(
-        logs(),
-        (std::vector<LogLine>{{kTag, ANDROID_LOG_INFO, "get fd of ReadFileToStringT failed!"}}));
 }
 
 TEST(SplitStringTest, SkipsEmptyTokensAndAppends) {
