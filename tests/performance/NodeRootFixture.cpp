@@ -75,10 +75,6 @@ void NodeRootTest::setKernel(const std::string& release) {
                                    " #1 SMP PREEMPT Mon Oct 3 12:00:00 UTC 2022\n");
 }
 
-std::shared_ptr<Performance> NodeRootTest::makeService() {
-    return ndk::SharedRefBase::make<Performance>(mRoot);
-}
-
 void NodeRootTest::writeNode(const std::string& node, const std::string& content) {
     // A file written here is never the node taking no bytes, even where it reuses that inode.
     gNodeTakingNoBytes = 0;
@@ -90,15 +86,6 @@ std::string NodeRootTest::readNode(const std::string& node) const {
     std::string content;
     EXPECT_TRUE(android::base::ReadFileToString(path(node), &content)) << node;
     return content;
-}
-
-bool NodeRootTest::exists(const std::string& node) const {
-    struct stat st;
-    return lstat(path(node).c_str(), &st) == 0;
-}
-
-void NodeRootTest::makeDirectoryAt(const std::string& node) {
-    std::filesystem::create_directories(path(node));
 }
 
 void NodeRootTest::makeLink(const std::string& node, const std::string& target) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -34,7 +35,9 @@ class NodeRootTest : public ::testing::Test {
 
     // Writes proc/version as a kernel of the given release, e.g. "5.15.78".
     void setKernel(const std::string& release);
-    std::shared_ptr<Performance> makeService();
+    std::shared_ptr<Performance> makeService() {
+        return ndk::SharedRefBase::make<Performance>(mRoot);
+    }
     std::shared_ptr<Performance> makeService(const std::string& release) {
         setKernel(release);
         return makeService();
@@ -49,8 +52,12 @@ class NodeRootTest : public ::testing::Test {
     std::string path(const std::string& node) const { return mRoot + node; }
     void writeNode(const std::string& node, const std::string& content);
     std::string readNode(const std::string& node) const;
-    bool exists(const std::string& node) const;
-    void makeDirectoryAt(const std::string& node);
+    bool exists(const std::string& node) const {
+        return std::filesystem::exists(std::filesystem::symlink_status(path(node)));
+    }
+    void makeDirectoryAt(const std::string& node) {
+        std::filesystem::create_directories(path(node));
+    }
     void makeRefusingNode(const std::string& node) { makeLink(node, "/dev/full"); }
     // Makes the node a symlink to target, e.g. a node of the host.
     void makeLink(const std::string& node, const std::string& target);

@@ -5,6 +5,7 @@
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 
+#include <array>
 #include <filesystem>
 
 #include "OperationNodes.h"
@@ -45,31 +46,27 @@ const std::string kLines = std::string(5000, 'x') + "\n\nlast";
 OperationRow lines(std::string name, Call op, NodePair node, Outcome absent) {
     return Row(name, op, node, kLines, {}, {kLines + "\n", {}}, absent);
 }
-// A refused switch write goes unnoticed.
-OperationRow flip(std::string name, Call op, NodePair node, bool on, std::string message,
+// Writes 0 for a message that starts with "disable", else 1; a refused write goes unnoticed.
+OperationRow flip(std::string name, Call op, NodePair node, std::string message,
                   std::string failure, Kernels kernels = Kernels::kAll) {
     const Outcome done = {"0", {Debug(message)}};
-    return Row(name, op, node, "stale", on ? "1" : "0", done, {"-1", {Error(failure)}}, done,
-               kernels);
+    return Row(name, op, node, "stale", message.rfind("disable", 0) == 0 ? "0" : "1", done,
+               {"-1", {Error(failure)}}, done, kernels);
 }
-// Writes "2041 3120" as it stands; results with the node present, absent and refusing writes.
-struct PutResults {
-    const char* present;
-    const char* absent;
-    const char* refused;
-    const char* refusedLog = "Failed to write";
-};
-constexpr PutResults kCounted = {"9", "-2", "-1"};
+// Writes "2041 3120" as it stands. The results with the node present, absent and refusing
+// writes, and how the refused write is logged.
+using PutResults = std::array<const char*, 4>;
+constexpr PutResults kCounted = {"9", "-2", "-1", "Failed to write"};
 // A scheduling-information write answers nothing; a refused one is logged with the open message.
 constexpr PutResults kSchedPut = {"", "", "", "Failed to open"};
 
 OperationRow put(std::string name, Call op, NodePair node, PutResults results,
                  Kernels kernels = Kernels::kAll) {
     const LogLine refused =
-        Error(std::string(results.refusedLog) + " {node} (28): No space left on device");
-    return Row(name, op, node, "", "2041 3120", {results.present, {}},
-               {results.absent, {Error("Failed to open" + kNoFile)}},
-               Outcome{results.refused, {refused}}, kernels);
+        Error(results[3] + std::string(" {node} (28): No space left on device"));
+    return Row(name, op, node, "", "2041 3120", {results[0], {}},
+               {results[1], {Error("Failed to open" + kNoFile)}}, Outcome{results[2], {refused}},
+               kernels);
 }
 // On the newer tree: answers result and touches nothing.
 OperationRow inert(std::string name, Call op, std::string result, Kernels kernels) {
@@ -86,9 +83,9 @@ const OperationRow kRows[] = {
     put(OP(writeMemMonitor, "2041 3120"), kMonitor, kCounted),
     Row(OP(existMemMonitor), kMonitor, "enable:1\n", "", kExists,
         {"0", {Error("Failed to enable" + kNoFile)}}, kExists),
-    flip(OP(enableProcessReclaim), kReclaim, true, "enable ProcessReclaim",
-         "Failed to enable" + kNoFile, Kernels::kOlder),
-    flip(OP(disableProcessReclaim), kReclaim, false, "disable ProcessReclaim",
+    flip(OP(enableProcessReclaim), kReclaim, "enable ProcessReclaim", "Failed to enable" + kNoFile,
+         Kernels::kOlder),
+    flip(OP(disableProcessReclaim), kReclaim, "disable ProcessReclaim",
          "Failed to disable" + kNoFile, Kernels::kOlder),
     put(OP(setProcessReclaim, "2041 3120"), SAME("/proc/process_reclaim"), kCounted,
         Kernels::kOlder),
@@ -97,17 +94,17 @@ const OperationRow kRows[] = {
     inert("newer_" OP(setProcessReclaim, "1"), "0", Kernels::kNewer),
     inert(OP(perProcessMemReclaim, 1, 2, 3), "-1", Kernels::kAll),
     inert(OP(perProcessMemReadahead, 1, 2, 3), "-1", Kernels::kAll),
-    flip(OP(enableMultiThreadOptimize), kMultiThread, true, "enable multi thread optimize",
+    flip(OP(enableMultiThreadOptimize), kMultiThread, "enable multi thread optimize",
          "Failed to open" + kNoFile),
-    flip(OP(disableMultiThreadOptimize), kMultiThread, false, "disable multi thread optimize",
+    flip(OP(disableMultiThreadOptimize), kMultiThread, "disable multi thread optimize",
          "Failed to open" + kNoFile),
     // The version line is read once, at construction.
     Row(OP(getKernelVersion), "/proc/version", "Linux version 5.15.74-g1\n", {}, {"515", {}},
         {"{kernel}", {}}),
     Row(OP(getPswapVersion), "/sys/block/zram0/hybridswap_enable", "1\n", {}, {"2", {}}, {"-1", {}},
         Outcome{"2", {}}),
-    flip(OP(enableTaskCpustats), kCpustats, true, "enable task cpustats", kSwitchFailure),
-    flip(OP(disableTaskCpustats), kCpustats, false, "disable task cpustats", kSwitchFailure),
+    flip(OP(enableTaskCpustats), kCpustats, "enable task cpustats", kSwitchFailure),
+    flip(OP(disableTaskCpustats), kCpustats, "disable task cpustats", kSwitchFailure),
     Row(OP(readTaskCpustatsEnable), kCpustats, "0123456789abcdef-cut", {}, {"0123456789abcdef", {}},
         {"", {kNoRead}}, Outcome{"", {}}),
     Row(OP(readCpuTaskstats), "/proc/task_cpustats", std::string(4096, 't') + "cut", {},
@@ -116,7 +113,8 @@ const OperationRow kRows[] = {
           {"", {Debug("open sge_info failed! Linux version {version}")}}),
     lines(OP(readSgeFreqInfo), {"/proc/sgefreqinfo", "/proc/task_info/task_cpustats/sgefreqinfo"},
           {"", {Debug("open sge_freq_info failed! Linux version {version}")}}),
-    put(OP(writeMonitorStatus, "2041 3120"), SAME(LOAD "monitor_status"), {"1", "0", "0"}),
+    put(OP(writeMonitorStatus, "2041 3120"), SAME(LOAD "monitor_status"),
+        {"1", "0", "0", "Failed to write"}),
     Row(OP(readTargetProcess, "2041 3120"), SAME(LOAD "target_process"), "", "2041 3120",
         {"2041 3120\n", {}}, {"0", {Error("Failed to open" + kNoFile), kNoLoad.logs[0]}}),
     lines(OP(readIomonitorInfo, "daily"), SAME("/proc/IoMonitor/daily"), {kOpenError, {}}),
