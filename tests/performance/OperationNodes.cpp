@@ -64,10 +64,6 @@ LogLine testing::Error(std::string text) {
     return {kTag, ANDROID_LOG_ERROR, std::move(text)};
 }
 
-std::string testing::RowName(const ::testing::TestParamInfo<OperationRow>& info) {
-    return info.param.name;
-}
-
 OperationRow testing::Row(std::string name, Call call, NodePair node, std::string content,
                           std::optional<std::string> written, Outcome present, Outcome absent,
                           std::optional<Outcome> refused, Kernels kernels,

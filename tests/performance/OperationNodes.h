@@ -103,7 +103,6 @@ inline constexpr std::nullopt_t kUnchanged = std::nullopt;
 // The releases the generic tests run on, older trees first.
 extern const char* const kKernelReleases[5];
 
-std::string RowName(const ::testing::TestParamInfo<OperationRow>& info);
 // Names a row in test output instead of dumping its bytes.
 void PrintTo(const OperationRow& row, std::ostream* os);
 
@@ -126,4 +125,4 @@ class OperationNodesTest : public NodeRootTest,
 // aidl::vendor::vyren::hardware::performance.
 #define INSTANTIATE_OPERATION_ROWS(group, rows)                                    \
     INSTANTIATE_TEST_SUITE_P(group, OperationNodesTest, ::testing::ValuesIn(rows), \
-                             ::aidl::vendor::vyren::hardware::performance::testing::RowName)
+                             [](const auto& info) { return info.param.name; })
