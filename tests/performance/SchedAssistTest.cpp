@@ -1,7 +1,9 @@
 // Scheduler-assist and tpd writers, UX state, waker identification, governor and audio.
 
+#include <android-base/stringprintf.h>
 #include <unistd.h>
 
+#include <deque>
 #include <filesystem>
 #include <thread>
 
@@ -14,113 +16,115 @@ namespace aidl::vendor::vyren::hardware::performance {
 std::string resultText(const TaskWakeInfo& info) {
     std::string text = std::to_string(info.status);
     for (const ThreadInfo& t : info.threads) {
-        char separator = ' ';
-        for (const int32_t f :
-             {t.field1, t.field2, t.field3, t.field4, t.field5, t.field6, t.field7}) {
-            text += separator + std::to_string(f);
-            separator = ',';
-        }
+        text += android::base::StringPrintf(" %d,%d,%d,%d,%d,%d,%d", t.field1, t.field2, t.field3,
+                                            t.field4, t.field5, t.field6, t.field7);
     }
     return text;
 }
 
 namespace {
 
-using testing::Call;
-using testing::call;
-using testing::Debug;
-using testing::Error;
-using testing::Kernels;
-using testing::OperationRow;
-using testing::Outcome;
+using P = Performance;
+using testing::call, testing::Call, testing::Debug, testing::Error, testing::OperationRow,
+    testing::Outcome;
+constexpr auto kAll = testing::Kernels::kAll, kOlder = testing::Kernels::kOlder,
+               kNewer = testing::Kernels::kNewer;
 
 constexpr char kUxTask[] = "/proc/vyren_scheduler/sched_assist/ux_task";
 constexpr char kSetting[] = "/proc/vyren_scheduler/sched_assist/disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";
 constexpr char kWakerInfo[] = "/proc/waker_identify/waker_info";
 constexpr char kTpdEnable[] = "/sys/module/tpd/parameters/tpd_enable";
+constexpr char kAssist[] = "/proc/vyren_scheduler/sched_assist/";
 constexpr char kNoWaker[] = "-1 -1,-1,-1,-1,-1,-1,-1";
 const std::string kAbsent = "{node} (2): No such file or directory";
 const std::string kOnKernel = ", Linux version {version}";
 const std::string kNoSpace = " (28): No space left on device";
-const LogLine kOpenAbsent = Error("Failed to open " + kAbsent);
-const LogLine kOpenAbsentOn = Error("Failed to open " + kAbsent + kOnKernel);
 const LogLine kUnsupported = Error("Linux version not support" + kOnKernel);
-
-constexpr NodePair both(const char* node) {
-    return {node, node};
+const Outcome kWriteFull = {"", {Error("Failed to write {node}" + kNoSpace)}};
+const Outcome kOpenFull = {"", {Error("Failed to open {node}" + kNoSpace)}};
+const Outcome kOpenAbsent = {"", {Error("Failed to open " + kAbsent)}};
+Outcome absentOn(const char* result) {
+    return {result, {Error("Failed to open " + kAbsent + kOnKernel)}};
+}
+Outcome noSpace(const char* result, const std::string& what) {
+    return {result, {Error(what + kNoSpace)}};
 }
 
-OperationRow row(std::string name, Call call, NodePair node, Kernels kernels, std::string content,
-                 std::optional<std::string> written, Outcome present, Outcome absent,
-                 std::optional<Outcome> refused = std::nullopt) {
+OperationRow row(std::string name, Call call, NodePair node, testing::Kernels kernels,
+                 std::string content, std::optional<std::string> written, Outcome present,
+                 Outcome absent, std::optional<Outcome> refused = std::nullopt) {
     return {name, call, node, kernels, content, written, present, absent, refused};
+}
+NodePair both(const char* node) {
+    return {node, node};
+}
+// A sched_assist node, on older kernels at the given path or at the same one.
+NodePair assist(const char* node, const char* older = nullptr) {
+    static std::deque<std::string> paths;  // the rows point into it
+    const char* newer = paths.emplace_back(kAssist + std::string(node)).c_str();
+    return {older != nullptr ? older : newer, newer};
+}
+// On an older kernel, which has no waker identification.
+OperationRow unsupported(std::string name, Call call, const char* node, const char* result) {
+    const Outcome outcome = {result, {kUnsupported}};
+    return row(name, call, both(node), kOlder, "0", std::nullopt, outcome, outcome);
+}
+// A tpd switch or parameter: a refused write goes unnoticed.
+OperationRow tpd(std::string name, Call call, NodePair node, testing::Kernels kernels,
+                 std::string content, std::string written) {
+    return row(name, call, node, kernels, content, written, {"0", {}}, absentOn("-1"),
+               Outcome{"0", {}});
 }
 
 const OperationRow kRows[] = {
-    row("setSlideboost", call(&Performance::setSlideboost, "1"),
-        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"},
-        Kernels::kAll, "0", "1", {"", {}}, {"", {kOpenAbsentOn}},
-        Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
-    row("setSchedAssistScene", call(&Performance::setSchedAssistScene, "2"),
-        {"/proc/sys/kernel/sched_assist_scene",
-         "/proc/vyren_scheduler/sched_assist/sched_assist_scene"},
-        Kernels::kAll, "0", "2", {"", {}}, {"", {kOpenAbsentOn}},
-        Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
-    row("setFrameRate", call(&Performance::setFrameRate, "90"),
-        {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, Kernels::kAll, "60", "90",
-        {"", {}}, {"", {kOpenAbsent}}, Outcome{"", {Error("Failed to open {node}" + kNoSpace)}}),
-    row("setImFlag", call(&Performance::setImFlag, "1234", "1"),
-        both("/proc/vyren_scheduler/sched_assist/im_flag"), Kernels::kAll, "0", "p 1234 1",
-        {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}}, {"", {kOpenAbsent}},
-        Outcome{"",
-                {Error("Failed to open {node}" + kNoSpace),
-                 Debug("setImFlag sucess,pid=1234,im_flag=1")}}),
-    row("setFgUids", call(&Performance::setFgUids, "10150"), both("/proc/fg_info/fg_uids"),
-        Kernels::kAll, "10123", "10150", {"", {}}, {"", {kOpenAbsent}},
-        Outcome{"", {Error("Failed to open {node}" + kNoSpace)}}),
-    row("setSchedAssistImptTask", call(&Performance::setSchedAssistImptTask, "au 4321"),
-        both("/proc/vyren_scheduler/sched_assist/sched_impt_task"), Kernels::kAll, "stale",
-        "au 4321", {"", {}}, {"", {kOpenAbsentOn}}, Outcome{"", {}}),
-    row("setTpdSerialParams", call(&Performance::setTpdSerialParams, "1 2"),
-        {"/sys/module/tpd/parameters/tpd_cmds", "/proc/vyren_scheduler/sched_assist/tpd_cmds"},
-        Kernels::kAll, "stale", "1 2", {"0", {}}, {"-1", {kOpenAbsentOn}}, Outcome{"0", {}}),
-    row("setTpdID", call(&Performance::setTpdID, "2041"),
-        {"/sys/module/tpd/parameters/tpd_id", "/proc/vyren_scheduler/sched_assist/tpd_id"},
-        Kernels::kAll, "stale", "2041", {"0", {}}, {"-1", {kOpenAbsentOn}}, Outcome{"0", {}}),
-    row("enableTaskPlacementDecision", call(&Performance::enableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kOlder, "0", "1", {"0", {}}, {"-1", {kOpenAbsentOn}},
-        Outcome{"0", {}}),
-    row("disableTaskPlacementDecision", call(&Performance::disableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kOlder, "1", "0", {"0", {}}, {"-1", {kOpenAbsentOn}},
-        Outcome{"0", {}}),
-    row("enableTaskPlacementDecision_noSwitch", call(&Performance::enableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kNewer, "0", std::nullopt, {"-1", {}}, {"-1", {}}),
-    row("writeUxState", call(&Performance::writeUxState, "2", "1000", "1001"),
-        both("/proc/1000/task/1001/ux_state"), Kernels::kOlder, "0", "2", {"0", {}},
-        {"-2", {kOpenAbsentOn}},
-        Outcome{"-28", {Error("Failed to write pid 1001 with ux_state 2" + kNoSpace)}}),
-    row("setWakeSeedThread", call(&Performance::setWakeSeedThread, "1234", true, false),
-        both(kRtInfo), Kernels::kNewer, "0", "1234;0;1",
+    row("setSlideboost", call(&P::setSlideboost, "1"),
+        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, kAll, "0",
+        "1", {"", {}}, absentOn(""), kWriteFull),
+    row("setSchedAssistScene", call(&P::setSchedAssistScene, "2"),
+        assist("sched_assist_scene", "/proc/sys/kernel/sched_assist_scene"), kAll, "0", "2",
+        {"", {}}, absentOn(""), kWriteFull),
+    row("setFrameRate", call(&P::setFrameRate, "90"),
+        {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, kAll, "60", "90", {"", {}},
+        kOpenAbsent, kOpenFull),
+    row("setImFlag", call(&P::setImFlag, "1234", "1"), assist("im_flag"), kAll, "0", "p 1234 1",
+        {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}}, kOpenAbsent,
+        Outcome{"", {kOpenFull.logs[0], Debug("setImFlag sucess,pid=1234,im_flag=1")}}),
+    row("setFgUids", call(&P::setFgUids, "10150"), both("/proc/fg_info/fg_uids"), kAll, "10123",
+        "10150", {"", {}}, kOpenAbsent, kOpenFull),
+    row("setSchedAssistImptTask", call(&P::setSchedAssistImptTask, "au 4321"),
+        assist("sched_impt_task"), kAll, "stale", "au 4321", {"", {}}, absentOn(""),
+        Outcome{"", {}}),
+    tpd("setTpdSerialParams", call(&P::setTpdSerialParams, "1 2"),
+        assist("tpd_cmds", "/sys/module/tpd/parameters/tpd_cmds"), kAll, "stale", "1 2"),
+    tpd("setTpdID", call(&P::setTpdID, "2041"),
+        assist("tpd_id", "/sys/module/tpd/parameters/tpd_id"), kAll, "stale", "2041"),
+    tpd("enableTaskPlacementDecision", call(&P::enableTaskPlacementDecision), both(kTpdEnable),
+        kOlder, "0", "1"),
+    tpd("disableTaskPlacementDecision", call(&P::disableTaskPlacementDecision), both(kTpdEnable),
+        kOlder, "1", "0"),
+    row("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
+        both(kTpdEnable), kNewer, "0", std::nullopt, {"-1", {}}, {"-1", {}}),
+    row("writeUxState", call(&P::writeUxState, "2", "1000", "1001"),
+        both("/proc/1000/task/1001/ux_state"), kOlder, "0", "2", {"0", {}}, absentOn("-2"),
+        noSpace("-28", "Failed to write pid 1001 with ux_state 2")),
+    row("setWakeSeedThread", call(&P::setWakeSeedThread, "1234", true, false), both(kRtInfo),
+        kNewer, "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
-        {"-2", {kOpenAbsentOn}}, Outcome{"-28", {Error("Failed to set seed tid 1234" + kNoSpace)}}),
-    row("setWakeSeedThread_oldKernel", call(&Performance::setWakeSeedThread, "1234", true, false),
-        both(kRtInfo), Kernels::kOlder, "0", std::nullopt, {"-1", {kUnsupported}},
-        {"-1", {kUnsupported}}),
-    row("getWakeThreadsAffinityOrdered",
-        call(&Performance::getWakeThreadsAffinityOrdered, "1234", 3), both(kWakerInfo),
-        Kernels::kNewer, "0000;2;x;4;5;6;7;8\n", "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}},
-        {kNoWaker, {kOpenAbsentOn}}, Outcome{kNoWaker, {Error("Failed to write handle 1234")}}),
-    row("getWakeThreadsAffinityOrdered_oldKernel",
-        call(&Performance::getWakeThreadsAffinityOrdered, "1234", 3), both(kWakerInfo),
-        Kernels::kOlder, "0", std::nullopt, {kNoWaker, {kUnsupported}}, {kNoWaker, {kUnsupported}}),
-    row("setFreqGoverner", call(&Performance::setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
-        both("/sys/devices/system/cpu/cpufreq/policy4/scaling_governor"), Kernels::kAll, "walt",
-        "schedutil", {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}},
-        {"-2", {kOpenAbsentOn}},
-        Outcome{"-28", {Error("Failed to write governer schedutil" + kNoSpace)}}),
-    row("enableAudioPerf", call(&Performance::enableAudioPerf, "10"),
-        both("/proc/vyren_scheduler/sched_assist/audio/enable"), Kernels::kAll, "0", "1",
+        absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234")),
+    unsupported("setWakeSeedThread_oldKernel", call(&P::setWakeSeedThread, "1234", true, false),
+                kRtInfo, "-1"),
+    row("getWakeThreadsAffinityOrdered", call(&P::getWakeThreadsAffinityOrdered, "1234", 3),
+        both(kWakerInfo), kNewer, "0000;2;x;4;5;6;7;8\n", "1234;2;x;4;5;6;7;8\n",
+        {"1 1234,2,6,5,7,4,8", {}}, absentOn(kNoWaker),
+        Outcome{kNoWaker, {Error("Failed to write handle 1234")}}),
+    unsupported("getWakeThreadsAffinityOrdered_oldKernel",
+                call(&P::getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kNoWaker),
+    row("setFreqGoverner", call(&P::setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
+        both("/sys/devices/system/cpu/cpufreq/policy4/scaling_governor"), kAll, "walt", "schedutil",
+        {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}}, absentOn("-2"),
+        noSpace("-28", "Failed to write governer schedutil")),
+    row("enableAudioPerf", call(&P::enableAudioPerf, "10"), assist("audio/enable"), kAll, "0", "1",
         {"0", {Debug("enableAudioPerf with 10")}},
         {"-1",
          {Error(
