@@ -25,7 +25,7 @@ namespace {
 
 using P = Performance;
 using testing::call, testing::Call, testing::Debug, testing::Error, testing::OperationRow,
-    testing::Outcome;
+    testing::Outcome, testing::Row;
 constexpr auto kAll = testing::Kernels::kAll, kOlder = testing::Kernels::kOlder,
                kNewer = testing::Kernels::kNewer;
 
@@ -65,20 +65,21 @@ const Outcome kImFlag = {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}};
 const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
 
 // Nodes are {older tree, newer tree}. A refused tpd or task write goes unnoticed.
-// clang-format off
 const OperationRow kRows[] = {
-    row(OP(setSlideboost, "1"), {"/proc/sys/kernel/slide_boost_enabled",
-        "/proc/sys/walt/slide_boost_enabled"}, kAll, "0", "1", kDone, absentOn(""), kWriteFull),
-    row(OP(setSchedAssistScene, "2"), {"/proc/sys/kernel/sched_assist_scene",
-        ASSIST "sched_assist_scene"}, kAll, "0", "2", kDone, absentOn(""), kWriteFull),
+    row(OP(setSlideboost, "1"),
+        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, kAll, "0",
+        "1", kDone, absentOn(""), kWriteFull),
+    row(OP(setSchedAssistScene, "2"),
+        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, kAll, "0", "2", kDone,
+        absentOn(""), kWriteFull),
     row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, kAll,
         "60", "90", kDone, kOpenAbsent, kOpenFull),
-    row(OP(setImFlag, "1234", "1"), {ASSIST "im_flag", ASSIST "im_flag"}, kAll, "0", "p 1234 1",
-        kImFlag, kOpenAbsent, Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
-    row(OP(setFgUids, "10150"), {"/proc/fg_info/fg_uids", "/proc/fg_info/fg_uids"}, kAll, "10123",
-        "10150", kDone, kOpenAbsent, kOpenFull),
-    row(OP(setSchedAssistImptTask, "au 4321"), {ASSIST "sched_impt_task", ASSIST "sched_impt_task"},
-        kAll, "stale", "au 4321", kDone, absentOn(""), kDone),
+    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
+        Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
+    Row(OP(setFgUids, "10150"), "/proc/fg_info/fg_uids", "10123", "10150", kDone, kOpenAbsent,
+        kOpenFull),
+    Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
+        absentOn(""), kDone),
     row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, kAll, "stale", "1 2",
         kZero, absentOn("-1"), kZero),
     row(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, kAll, "stale", "2041", kZero,
@@ -89,9 +90,9 @@ const OperationRow kRows[] = {
         kZero, absentOn("-1"), kZero),
     unreached("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
               TPD "tpd_enable", kNewer, {"-1", {}}),
-    row(OP(writeUxState, "2", "1000", "1001"), {"/proc/1000/task/1001/ux_state",
-        "/proc/1000/task/1001/ux_state"}, kOlder, "0", "2", kZero, absentOn("-2"),
-        noSpace("-28", "Failed to write pid 1001 with ux_state 2")),
+    row(OP(writeUxState, "2", "1000", "1001"),
+        {"/proc/1000/task/1001/ux_state", "/proc/1000/task/1001/ux_state"}, kOlder, "0", "2", kZero,
+        absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2")),
     row(OP(setWakeSeedThread, "1234", true, false), {kRtInfo, kRtInfo}, kNewer, "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
         absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234")),
@@ -103,16 +104,16 @@ const OperationRow kRows[] = {
     unreached("getWakeThreadsAffinityOrdered_oldKernel",
               call(&P::getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
               {kNoWaker, {kUnsupported}}),
-    row(OP(setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
-        {"/sys/devices/system/cpu/cpufreq/policy4/scaling_governor",
-         "/sys/devices/system/cpu/cpufreq/policy4/scaling_governor"}, kAll, "walt", "schedutil",
+    Row(OP(setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
+        "/sys/devices/system/cpu/cpufreq/policy4/scaling_governor", "walt", "schedutil",
         {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}}, absentOn("-2"),
         noSpace("-28", "Failed to write governer schedutil")),
-    row(OP(enableAudioPerf, "10"), {ASSIST "audio/enable", ASSIST "audio/enable"}, kAll, "0", "1",
-        kAudio, {"-1", {Error("Failed to enableAudioPerf {node} with 10, error: (2): No such file or directory")}},
+    Row(OP(enableAudioPerf, "10"), ASSIST "audio/enable", "0", "1", kAudio,
+        {"-1",
+         {Error(
+             "Failed to enableAudioPerf {node} with 10, error: (2): No such file or directory")}},
         kAudio),
 };
-// clang-format on
 INSTANTIATE_OPERATION_ROWS(SchedAssist, kRows);
 
 class SchedAssistTest : public NodeRootTest {

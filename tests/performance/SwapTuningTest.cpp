@@ -20,24 +20,25 @@ using testing::call, testing::Debug, testing::Error, testing::kUnchanged, testin
 OperationRow refusedRow(std::string name, testing::Call c, const char* node, Outcome outcome) {
     return Row(std::move(name), std::move(c), node, "0\n", kUnchanged, outcome, outcome);
 }
+const LogLine kNandOpen = Error("nandswap: open {node} fail");
 Outcome noProc(const char* result, const std::string& proc) {
     return {result, {Error("nandswap: no such proc " + proc)}};
 }
 
+#define NANDSWAP "/proc/nandswap_vnd/"
+#define ZRAM "/sys/block/zram0/"
 const OperationRow kNandswapRows[] = {
-    Row("read_life_protect", call(&P::readNandswapProc, "life_protect"),
-        "/proc/nandswap_vnd/life_protect", "a 1\nb", kUnchanged, {"a 1\nb\n", {}},
-        {"null, open proc fail", {Error("nandswap: open {node} fail")}}),
+    Row("read_life_protect", call(&P::readNandswapProc, "life_protect"), NANDSWAP "life_protect",
+        "a 1\nb", kUnchanged, {"a 1\nb\n", {}}, {"null, open proc fail", {kNandOpen}}),
     refusedRow("read_parent_path_refused", call(&P::readNandswapProc, "../fn_enable"),
-               "/proc/nandswap_vnd/fn_enable", noProc("null, no such proc", "../fn_enable")),
+               NANDSWAP "fn_enable", noProc("null, no such proc", "../fn_enable")),
     // Read-write without truncation: the value and its newline overwrite the start.
-    Row("write_fn_enable", call(&P::writeNandswapProc, "fn_enable", "1"),
-        "/proc/nandswap_vnd/fn_enable", "stale\n", "1\nale\n", {"0", {}},
-        {"-22", {Error("nandswap: open {node} fail")}}, Outcome{"0", {}}),
+    Row("write_fn_enable", call(&P::writeNandswapProc, "fn_enable", "1"), NANDSWAP "fn_enable",
+        "stale\n", "1\nale\n", {"0", {}}, {"-22", {kNandOpen}}, Outcome{"0", {}}),
     refusedRow("write_life_protect_refused", call(&P::writeNandswapProc, "life_protect", "1"),
-               "/proc/nandswap_vnd/life_protect", noProc("-3", "life_protect")),
+               NANDSWAP "life_protect", noProc("-3", "life_protect")),
     refusedRow("write_trailing_newline_refused", call(&P::writeNandswapProc, "fn_enable\n", "1"),
-               "/proc/nandswap_vnd/fn_enable", noProc("-3", "fn_enable\n")),
+               NANDSWAP "fn_enable", noProc("-3", "fn_enable\n")),
 };
 INSTANTIATE_OPERATION_ROWS(Nandswap, kNandswapRows);
 
@@ -51,18 +52,18 @@ Outcome invalid(const std::string& result, int action) {
 Outcome mm(const char* result, const char* op, int action) {
     return {result, {Debug(op + std::string("MMParameters:") + std::to_string(action) + "\n")}};
 }
+const Outcome kNoFileNode = {"-1", {Error("action 0, can not find file node")}};
 
 const OperationRow kHybridswapRows[] = {
-    Row("zram_write_0", call(&P::hybridswap_zram_para_write, 0, "1"),
-        "/sys/block/zram0/hybridswap_enable", "0\n", "1\n", {"0", {}}, {"-1", {kOpenFail}},
+    Row("zram_write_0", call(&P::hybridswap_zram_para_write, 0, "1"), ZRAM "hybridswap_enable",
+        "0\n", "1\n", {"0", {}}, {"-1", {kOpenFail}},
         Outcome{"-1", {Error("write file {node} val 1 failed, No space left on device")}}),
     refusedRow("zram_write_7_refused", call(&P::hybridswap_zram_para_write, 7, "1"),
-               "/sys/block/zram0/hybridswap_vmstat", {"-1", {Error("action 7 can not be write")}}),
-    Row("zram_read_7", call(&P::hybridswap_zram_para_read, 7), "/sys/block/zram0/hybridswap_vmstat",
+               ZRAM "hybridswap_vmstat", {"-1", {Error("action 7 can not be write")}}),
+    Row("zram_read_7", call(&P::hybridswap_zram_para_read, 7), ZRAM "hybridswap_vmstat",
         "swapped 1\n", kUnchanged, {"swapped 1\n", {}}, {"Invalid action 7!!", {kOpenFail}}),
-    Row("zram_read_bounded", call(&P::hybridswap_zram_para_read, 9),
-        "/sys/block/zram0/hybridswap_report", kLong, kUnchanged, {kLong.substr(0, 4095), {}},
-        {"Invalid action 9!!", {kOpenFail}}),
+    Row("zram_read_bounded", call(&P::hybridswap_zram_para_read, 9), ZRAM "hybridswap_report",
+        kLong, kUnchanged, {kLong.substr(0, 4095), {}}, {"Invalid action 9!!", {kOpenFail}}),
     refusedRow("zram_write_31", call(&P::hybridswap_zram_para_write, 31, "1"),
                "/dev/memcg/memory.psi", invalid("-1", 31)),
     // Above the tables: the vm watermark scale factor, written and read whole.
@@ -81,12 +82,11 @@ const OperationRow kHybridswapRows[] = {
         "/dev/memcg/memory.swap_stat", "swap 3\n", kUnchanged, {"swap 3\n", {}},
         {"Invalid action 1 memcg /!!", {kOpenFail}}),
     refusedRow("memcg_write_system_uid", call(&P::hybridswap_memcg_para_write, 0, "1000", "v"),
-               "/dev/memcg/memory.name", {"-1", {Error("action 0, can not find file node")}}),
+               "/dev/memcg/memory.name", kNoFileNode),
     refusedRow("memcg_read_9", call(&P::hybridswap_memcg_para_read, 9, "apps"),
                "/dev/memcg/apps/memory.name", invalid("Invalid action 9 memcg apps!!", 9)),
     refusedRow("memcg_write_empty_cgroup", call(&P::hybridswap_memcg_para_write, 0, "", "v"),
-               "/dev/memcg/memory.name",
-               {"-1", {Error("cgroup is empty"), Error("action 0, can not find file node")}}),
+               "/dev/memcg/memory.name", {"-1", {Error("cgroup is empty"), kNoFileNode.logs[0]}}),
 };
 INSTANTIATE_OPERATION_ROWS(Hybridswap, kHybridswapRows);
 
