@@ -131,7 +131,7 @@ class SchedAssistTest : public NodeRootTest {
 
 TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
     constexpr char kTgid[] = "/proc/sys/kernel/sched_impt_tgid";
-    constexpr char kTask[] = "/proc/vyren_scheduler/sched_assist/sched_impt_task";
+    constexpr char kTask[] = ASSIST "sched_impt_task";
     for (const char* release : {"4.19.157", "6.1.25"}) {
         writeNode(kTgid, "0");
         writeNode(kTask, "0");
@@ -140,6 +140,7 @@ TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
         service->setSchedAssistImptTask("au");
         EXPECT_EQ(readNode(kTgid), "4321");
         EXPECT_EQ(readNode(kTask), "au");
+        // Looked for at each call, not once.
         std::filesystem::remove(path(kTgid));
         service->setSchedAssistImptTask("au 4322");
         EXPECT_EQ(readNode(kTask), "au 4322");
