@@ -51,15 +51,8 @@ const AcmCase kCases[] = {
 std::vector<testing::OperationRow> acmRows() {
     std::vector<testing::OperationRow> rows;
     for (const auto& c : kCases) {
-        rows.push_back({c.name,
-                        c.op,
-                        {"/dev/acm", "/dev/acm"},
-                        testing::Kernels::kAll,
-                        "",
-                        std::nullopt,
-                        {c.plainFile, {}},
-                        {c.absent, {}},
-                        std::nullopt});
+        rows.push_back(testing::Row(c.name, c.op, "/dev/acm", "", testing::kUnchanged,
+                                    {c.plainFile, {}}, {c.absent, {}}));
     }
     return rows;
 }

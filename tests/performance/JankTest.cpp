@@ -18,11 +18,9 @@
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::call;
-using testing::Call;
-using testing::Error;
-using testing::Info;
-using testing::Outcome;
+using P = Performance;
+using testing::call, testing::Call, testing::Error, testing::Info, testing::kUnchanged,
+    testing::OperationRow, testing::Outcome;
 using Table = std::map<TaskGroup, std::vector<int32_t>>;
 
 constexpr char kOpenError[] = "NULL, OPEN FILE ERROR...";
@@ -34,22 +32,18 @@ const LogLine kNoPath = Error("Failed to open  (2): No such file or directory");
 const LogLine kQxtr =
     Error("DEBUG QXTR: open jank file {node} : {node} failed, No such file or directory");
 
-testing::OperationRow row(const char* name, Call c, const char* node, const char* content,
-                          Outcome present, Outcome absent) {
-    return {name,    c,      {node, node}, testing::Kernels::kAll, content, std::nullopt,
-            present, absent, std::nullopt};
+OperationRow row(const char* name, Call c, const char* node, const char* content, Outcome present,
+                 Outcome absent) {
+    return testing::Row(name, std::move(c), node, content, kUnchanged, present, absent);
 }
 // A last line without its newline is read with one.
-testing::OperationRow reader(const char* name, Call c, const char* node,
-                             std::vector<LogLine> absent = {}) {
+OperationRow reader(const char* name, Call c, const char* node, std::vector<LogLine> absent = {}) {
     return row(name, c, node, "10 20\n30", {"10 20\n30\n", {}}, {kOpenError, absent});
 }
 // A write does not truncate the node; a refused one is logged in the words of a failed open.
-testing::OperationRow writer(const char* name, Call c, const char* node) {
-    auto r = row(name, c, node, "85\n", {"", {}}, {"", {kNoNode}});
-    r.written = "90\n";
-    r.refused = Outcome{"", {Error("Failed to open {node} (28): No space left on device")}};
-    return r;
+OperationRow writer(const char* name, Call c, const char* node) {
+    return testing::Row(name, c, node, "85\n", "90\n", {"", {}}, {"", {kNoNode}},
+                        Outcome{"", {Error("Failed to open {node} (28): No space left on device")}});
 }
 
 // Idle lines are dropped and sleeping ones shortened in a one-task summary.
@@ -59,7 +53,7 @@ constexpr char kReport[] =
 constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
 
 // clang-format off
-const testing::OperationRow kRows[] = {
+const OperationRow kRows[] = {
     reader(OP(readJankCpuInfo), JANK "cpu_info"), reader(OP(readCallStack), JANK "callstack"),
     reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
     reader(OP(readJankCpuLoad32), JANK "cpu_load32", {kQxtr}),
@@ -74,18 +68,16 @@ const testing::OperationRow kRows[] = {
     CLM(readClmHighLoadGrp, writeClmHighLoadGrp, "clm_highload_grp"),
     CLM(readClmLowLoadGrp, writeClmLowLoadGrp, "clm_lowload_grp"),
     CLM(getClmMuxSwitch, setClmMuxSwitch, "clm_mux_switch"),
-    reader("getClmThreshold0", call(&Performance::getClmThreshold, 0), JANK "bg_dstat_percent"),
-    writer("setClmThreshold0", call(&Performance::setClmThreshold, kValue, 0),
-           JANK "bg_dstat_percent"),
-    reader("getClmThreshold1", call(&Performance::getClmThreshold, 1), JANK "clm_report_threshold"),
-    writer("setClmThreshold1", call(&Performance::setClmThreshold, kValue, 1),
-           JANK "clm_report_threshold"),
+    reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
+    writer("setClmThreshold0", call(&P::setClmThreshold, kValue, 0), JANK "bg_dstat_percent"),
+    reader("getClmThreshold1", call(&P::getClmThreshold, 1), JANK "clm_report_threshold"),
+    writer("setClmThreshold1", call(&P::setClmThreshold, kValue, 1), JANK "clm_report_threshold"),
     // Another selector names no node; an empty value is a write of nothing, which is no failure.
-    row("getClmThreshold2", call(&Performance::getClmThreshold, 2), JANK "bg_dstat_percent",
+    row("getClmThreshold2", call(&P::getClmThreshold, 2), JANK "bg_dstat_percent",
         "30\n", {kOpenError, {}}, {kOpenError, {}}),
-    row("setClmThreshold2", call(&Performance::setClmThreshold, kValue, -1),
+    row("setClmThreshold2", call(&P::setClmThreshold, kValue, -1),
         JANK "bg_dstat_percent", "30\n", {"", {kNoPath}}, {"", {kNoPath}}),
-    row("writeClmEmpty", call(&Performance::writeClmHighLoadAll, std::string()),
+    row("writeClmEmpty", call(&P::writeClmHighLoadAll, std::string()),
         JANK "clm_highload_all", "85\n", {"", {}}, {"", {kNoNode}}),
     row(OP(readJankTaskTrack), kTrack, kReport, {std::string("Task-data:x;") + kSection120 +
         "PID: 13 (b);3;PID: 12 (c);5;", {}}, {kOpenError, {}}),
@@ -102,30 +94,24 @@ using JankVersionTest = NodeRootTest;
 
 TEST_F(JankVersionTest, KeepsTheFirstNonEmptyLine) {
     auto service = makeService("5.15.94");
-    const std::pair<const char*, const char*> kReads[] = {{nullptr, "cannot access jank version"},
-                                                          {"\nv3\n", ""},
-                                                          {"v3.2\n", "v3.2"},
-                                                          {"v4\n", "v3.2"}};
-    std::string version;
-    for (const auto& [content, expected] : kReads) {
-        if (content != nullptr) writeNode(JANK "version", content);
-        ASSERT_TRUE(service->readJankVersion(&version).isOk());
-        EXPECT_EQ(version, expected);
-    }
+    const auto version = [&] { return call(&P::readJankVersion)(*service); };
+    EXPECT_EQ(version(), "cannot access jank version");
+    writeNode(JANK "version", "\nv3\n");
+    EXPECT_EQ(version(), "");
+    writeNode(JANK "version", "v3.2\n");
+    EXPECT_EQ(version(), "v3.2");
+    writeNode(JANK "version", "v4\n");
+    EXPECT_EQ(version(), "v3.2");
 }
 
-Call add(int32_t group, int32_t pid, bool clear = false) {
-    return call(&Performance::addTaskTrackPid, group, pid, clear);
-}
-Call remove(int32_t group, int32_t pid) {
-    return call(&Performance::removeTaskTrackPid, group, pid);
-}
-Call clear(int32_t group) {
-    return call(&Performance::clearTaskTrackGroup, group);
-}
-Call enable(bool on) {
-    return call(&Performance::writeJankTaskTrackEnable, on);
-}
+const auto add = [](int32_t group, int32_t pid, bool clear = false) {
+    return call(&P::addTaskTrackPid, group, pid, clear);
+};
+const auto remove = [](int32_t group, int32_t pid) {
+    return call(&P::removeTaskTrackPid, group, pid);
+};
+const auto clear = [](int32_t group) { return call(&P::clearTaskTrackGroup, group); };
+const auto enable = [](bool on) { return call(&P::writeJankTaskTrackEnable, on); };
 LogLine removing(int32_t group, int32_t pid) {
     return Error("jank enter removeTaskTrackPid with group:" + std::to_string(group) +
                  " pid:" + std::to_string(pid));

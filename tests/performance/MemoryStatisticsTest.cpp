@@ -23,7 +23,7 @@ using MemStat = ::vyren::quilbex::memstat::ProcMemStat;
 
 // The driver: checks request codes and layouts (by byte offset), fills records whose u32 at
 // offset o reads pid * 100 + o, and fails on demand.
-struct Driver {
+struct Driver : ::vyren::quilbex::util::DeviceIo {
     static inline std::mutex lock;
     static inline int interruptions = 0;  // of the next opens and requests
     static inline int error = 0;          // of every request
@@ -40,12 +40,12 @@ struct Driver {
             memcpy(ms + at, &(value = at == 28 ? pid : pid * 100 + at), 4);
         }
     }
-    static int Open(const char* path, int flags) {
+    int open(const char* path, int flags) override {
         std::lock_guard<std::mutex> guard(lock);
         EXPECT_EQ(flags, O_RDONLY | O_CLOEXEC);
-        return Interrupted() ? Fail(EINTR) : open(path, flags);
+        return Interrupted() ? Fail(EINTR) : ::open(path, flags);
     }
-    static int Ioctl(int, unsigned long request, void* arg) {
+    int ioctl(int, unsigned long request, void* arg) override {
         std::lock_guard<std::mutex> guard(lock);
         if (Interrupted()) return Fail(EINTR);
         if (error != 0) return Fail(error);
@@ -62,13 +62,6 @@ struct Driver {
     }
 };
 
-struct DriverIo : ::vyren::quilbex::util::DeviceIo {
-    int open(const char* path, int flags) override { return Driver::Open(path, flags); }
-    int ioctl(int fd, unsigned long request, void* arg) override {
-        return Driver::Ioctl(fd, request, arg);
-    }
-};
-
 LogLine Engine(const std::string& text) {
     return {"quilbex", ANDROID_LOG_ERROR, text + "\n"};
 }
@@ -77,7 +70,7 @@ class MemoryStatisticsTest : public NodeRootTest {
   protected:
     void SetUp() override {
         NodeRootTest::SetUp();
-        ::vyren::quilbex::util::SetDeviceIo(std::make_shared<DriverIo>());
+        ::vyren::quilbex::util::SetDeviceIo(std::make_shared<Driver>());
         writeNode("/dev/quilbex", "");
         service = makeService("5.15.78");
         clearLogs();

@@ -1,5 +1,6 @@
 // Scheduler-assist and tpd writers, UX state, waker identification, governor and audio.
 
+#include <android-base/stringprintf.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -14,118 +15,104 @@ namespace aidl::vendor::vyren::hardware::performance {
 std::string resultText(const TaskWakeInfo& info) {
     std::string text = std::to_string(info.status);
     for (const ThreadInfo& t : info.threads) {
-        char separator = ' ';
-        for (const int32_t f :
-             {t.field1, t.field2, t.field3, t.field4, t.field5, t.field6, t.field7}) {
-            text += separator + std::to_string(f);
-            separator = ',';
-        }
+        text += android::base::StringPrintf(" %d,%d,%d,%d,%d,%d,%d", t.field1, t.field2, t.field3,
+                                            t.field4, t.field5, t.field6, t.field7);
     }
     return text;
 }
 
 namespace {
 
-using testing::Call;
-using testing::call;
-using testing::Debug;
-using testing::Error;
-using testing::Kernels;
-using testing::OperationRow;
-using testing::Outcome;
+using P = Performance;
+using testing::call, testing::Call, testing::Debug, testing::Error, testing::OperationRow,
+    testing::Outcome, testing::Row;
+constexpr auto kAll = testing::Kernels::kAll, kOlder = testing::Kernels::kOlder,
+               kNewer = testing::Kernels::kNewer;
 
-constexpr char kUxTask[] = "/proc/vyren_scheduler/sched_assist/ux_task";
-constexpr char kSetting[] = "/proc/vyren_scheduler/sched_assist/disable_setting";
+#define ASSIST "/proc/vyren_scheduler/sched_assist/"
+#define TPD "/sys/module/tpd/parameters/"
+// An operation's name and its call with the given arguments.
+#define OP(op, ...) #op, call(&Performance::op, ##__VA_ARGS__)
+constexpr char kUxTask[] = ASSIST "ux_task";
+constexpr char kSetting[] = ASSIST "disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";
 constexpr char kWakerInfo[] = "/proc/waker_identify/waker_info";
-constexpr char kTpdEnable[] = "/sys/module/tpd/parameters/tpd_enable";
 constexpr char kNoWaker[] = "-1 -1,-1,-1,-1,-1,-1,-1";
 const std::string kAbsent = "{node} (2): No such file or directory";
-const std::string kOnKernel = ", Linux version {version}";
 const std::string kNoSpace = " (28): No space left on device";
-const LogLine kOpenAbsent = Error("Failed to open " + kAbsent);
-const LogLine kOpenAbsentOn = Error("Failed to open " + kAbsent + kOnKernel);
-const LogLine kUnsupported = Error("Linux version not support" + kOnKernel);
-
-constexpr NodePair both(const char* node) {
-    return {node, node};
+const LogLine kUnsupported = Error("Linux version not support, Linux version {version}");
+const Outcome kDone = {"", {}}, kZero = {"0", {}};
+const Outcome kWriteFull = {"", {Error("Failed to write {node}" + kNoSpace)}};
+const Outcome kOpenFull = {"", {Error("Failed to open {node}" + kNoSpace)}};
+const Outcome kOpenAbsent = {"", {Error("Failed to open " + kAbsent)}};
+Outcome absentOn(const char* result) {
+    return {result, {Error("Failed to open " + kAbsent + ", Linux version {version}")}};
 }
-
-OperationRow row(std::string name, Call call, NodePair node, Kernels kernels, std::string content,
-                 std::optional<std::string> written, Outcome present, Outcome absent,
-                 std::optional<Outcome> refused = std::nullopt) {
+Outcome noSpace(const char* result, const std::string& what) {
+    return {result, {Error(what + kNoSpace)}};
+}
+OperationRow row(std::string name, Call call, NodePair node, testing::Kernels kernels,
+                 std::string content, std::optional<std::string> written, Outcome present,
+                 Outcome absent, std::optional<Outcome> refused = std::nullopt) {
     return {name, call, node, kernels, content, written, present, absent, refused};
 }
+// A node the call never reaches on these kernels.
+OperationRow unreached(std::string name, Call call, const char* node, testing::Kernels kernels,
+                       Outcome outcome) {
+    return row(name, call, {node, node}, kernels, "0", std::nullopt, outcome, outcome);
+}
+const Outcome kImFlag = {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}};
+const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
 
+// Nodes are {older tree, newer tree}. A refused tpd or task write goes unnoticed.
 const OperationRow kRows[] = {
-    row("setSlideboost", call(&Performance::setSlideboost, "1"),
-        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"},
-        Kernels::kAll, "0", "1", {"", {}}, {"", {kOpenAbsentOn}},
-        Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
-    row("setSchedAssistScene", call(&Performance::setSchedAssistScene, "2"),
-        {"/proc/sys/kernel/sched_assist_scene",
-         "/proc/vyren_scheduler/sched_assist/sched_assist_scene"},
-        Kernels::kAll, "0", "2", {"", {}}, {"", {kOpenAbsentOn}},
-        Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
-    row("setFrameRate", call(&Performance::setFrameRate, "90"),
-        {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, Kernels::kAll, "60", "90",
-        {"", {}}, {"", {kOpenAbsent}}, Outcome{"", {Error("Failed to open {node}" + kNoSpace)}}),
-    row("setImFlag", call(&Performance::setImFlag, "1234", "1"),
-        both("/proc/vyren_scheduler/sched_assist/im_flag"), Kernels::kAll, "0", "p 1234 1",
-        {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}}, {"", {kOpenAbsent}},
-        Outcome{"",
-                {Error("Failed to open {node}" + kNoSpace),
-                 Debug("setImFlag sucess,pid=1234,im_flag=1")}}),
-    row("setFgUids", call(&Performance::setFgUids, "10150"), both("/proc/fg_info/fg_uids"),
-        Kernels::kAll, "10123", "10150", {"", {}}, {"", {kOpenAbsent}},
-        Outcome{"", {Error("Failed to open {node}" + kNoSpace)}}),
-    row("setSchedAssistImptTask", call(&Performance::setSchedAssistImptTask, "au 4321"),
-        both("/proc/vyren_scheduler/sched_assist/sched_impt_task"), Kernels::kAll, "stale",
-        "au 4321", {"", {}}, {"", {kOpenAbsentOn}}, Outcome{"", {}}),
-    row("setTpdSerialParams", call(&Performance::setTpdSerialParams, "1 2"),
-        {"/sys/module/tpd/parameters/tpd_cmds", "/proc/vyren_scheduler/sched_assist/tpd_cmds"},
-        Kernels::kAll, "stale", "1 2", {"0", {}}, {"-1", {kOpenAbsentOn}}, Outcome{"0", {}}),
-    row("setTpdID", call(&Performance::setTpdID, "2041"),
-        {"/sys/module/tpd/parameters/tpd_id", "/proc/vyren_scheduler/sched_assist/tpd_id"},
-        Kernels::kAll, "stale", "2041", {"0", {}}, {"-1", {kOpenAbsentOn}}, Outcome{"0", {}}),
-    row("enableTaskPlacementDecision", call(&Performance::enableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kOlder, "0", "1", {"0", {}}, {"-1", {kOpenAbsentOn}},
-        Outcome{"0", {}}),
-    row("disableTaskPlacementDecision", call(&Performance::disableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kOlder, "1", "0", {"0", {}}, {"-1", {kOpenAbsentOn}},
-        Outcome{"0", {}}),
-    row("enableTaskPlacementDecision_noSwitch", call(&Performance::enableTaskPlacementDecision),
-        both(kTpdEnable), Kernels::kNewer, "0", std::nullopt, {"-1", {}}, {"-1", {}}),
-    row("writeUxState", call(&Performance::writeUxState, "2", "1000", "1001"),
-        both("/proc/1000/task/1001/ux_state"), Kernels::kOlder, "0", "2", {"0", {}},
-        {"-2", {kOpenAbsentOn}},
-        Outcome{"-28", {Error("Failed to write pid 1001 with ux_state 2" + kNoSpace)}}),
-    row("setWakeSeedThread", call(&Performance::setWakeSeedThread, "1234", true, false),
-        both(kRtInfo), Kernels::kNewer, "0", "1234;0;1",
+    row(OP(setSlideboost, "1"),
+        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, kAll, "0",
+        "1", kDone, absentOn(""), kWriteFull),
+    row(OP(setSchedAssistScene, "2"),
+        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, kAll, "0", "2", kDone,
+        absentOn(""), kWriteFull),
+    row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, kAll,
+        "60", "90", kDone, kOpenAbsent, kOpenFull),
+    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
+        Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
+    Row(OP(setFgUids, "10150"), "/proc/fg_info/fg_uids", "10123", "10150", kDone, kOpenAbsent,
+        kOpenFull),
+    Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
+        absentOn(""), kDone),
+    row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, kAll, "stale", "1 2",
+        kZero, absentOn("-1"), kZero),
+    row(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, kAll, "stale", "2041", kZero,
+        absentOn("-1"), kZero),
+    row(OP(enableTaskPlacementDecision), {TPD "tpd_enable", TPD "tpd_enable"}, kOlder, "0", "1",
+        kZero, absentOn("-1"), kZero),
+    row(OP(disableTaskPlacementDecision), {TPD "tpd_enable", TPD "tpd_enable"}, kOlder, "1", "0",
+        kZero, absentOn("-1"), kZero),
+    unreached("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
+              TPD "tpd_enable", kNewer, {"-1", {}}),
+    row(OP(writeUxState, "2", "1000", "1001"),
+        {"/proc/1000/task/1001/ux_state", "/proc/1000/task/1001/ux_state"}, kOlder, "0", "2", kZero,
+        absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2")),
+    row(OP(setWakeSeedThread, "1234", true, false), {kRtInfo, kRtInfo}, kNewer, "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
-        {"-2", {kOpenAbsentOn}}, Outcome{"-28", {Error("Failed to set seed tid 1234" + kNoSpace)}}),
-    row("setWakeSeedThread_oldKernel", call(&Performance::setWakeSeedThread, "1234", true, false),
-        both(kRtInfo), Kernels::kOlder, "0", std::nullopt, {"-1", {kUnsupported}},
-        {"-1", {kUnsupported}}),
-    row("getWakeThreadsAffinityOrdered",
-        call(&Performance::getWakeThreadsAffinityOrdered, "1234", 3), both(kWakerInfo),
-        Kernels::kNewer, "0000;2;x;4;5;6;7;8\n", "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}},
-        {kNoWaker, {kOpenAbsentOn}}, Outcome{kNoWaker, {Error("Failed to write handle 1234")}}),
-    row("getWakeThreadsAffinityOrdered_oldKernel",
-        call(&Performance::getWakeThreadsAffinityOrdered, "1234", 3), both(kWakerInfo),
-        Kernels::kOlder, "0", std::nullopt, {kNoWaker, {kUnsupported}}, {kNoWaker, {kUnsupported}}),
-    row("setFreqGoverner", call(&Performance::setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
-        both("/sys/devices/system/cpu/cpufreq/policy4/scaling_governor"), Kernels::kAll, "walt",
-        "schedutil", {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}},
-        {"-2", {kOpenAbsentOn}},
-        Outcome{"-28", {Error("Failed to write governer schedutil" + kNoSpace)}}),
-    row("enableAudioPerf", call(&Performance::enableAudioPerf, "10"),
-        both("/proc/vyren_scheduler/sched_assist/audio/enable"), Kernels::kAll, "0", "1",
-        {"0", {Debug("enableAudioPerf with 10")}},
+        absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234")),
+    unreached("setWakeSeedThread_oldKernel", call(&P::setWakeSeedThread, "1234", true, false),
+              kRtInfo, kOlder, {"-1", {kUnsupported}}),
+    row(OP(getWakeThreadsAffinityOrdered, "1234", 3), {kWakerInfo, kWakerInfo}, kNewer,
+        "0000;2;x;4;5;6;7;8\n", "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}},
+        absentOn(kNoWaker), Outcome{kNoWaker, {Error("Failed to write handle 1234")}}),
+    unreached("getWakeThreadsAffinityOrdered_oldKernel",
+              call(&P::getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
+              {kNoWaker, {kUnsupported}}),
+    Row(OP(setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
+        "/sys/devices/system/cpu/cpufreq/policy4/scaling_governor", "walt", "schedutil",
+        {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}}, absentOn("-2"),
+        noSpace("-28", "Failed to write governer schedutil")),
+    Row(OP(enableAudioPerf, "10"), ASSIST "audio/enable", "0", "1", kAudio,
         {"-1",
          {Error(
              "Failed to enableAudioPerf {node} with 10, error: (2): No such file or directory")}},
-        Outcome{"0", {Debug("enableAudioPerf with 10")}}),
+        kAudio),
 };
 INSTANTIATE_OPERATION_ROWS(SchedAssist, kRows);
 
@@ -144,7 +131,7 @@ class SchedAssistTest : public NodeRootTest {
 
 TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
     constexpr char kTgid[] = "/proc/sys/kernel/sched_impt_tgid";
-    constexpr char kTask[] = "/proc/vyren_scheduler/sched_assist/sched_impt_task";
+    constexpr char kTask[] = ASSIST "sched_impt_task";
     for (const char* release : {"4.19.157", "6.1.25"}) {
         writeNode(kTgid, "0");
         writeNode(kTask, "0");
@@ -153,6 +140,7 @@ TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
         service->setSchedAssistImptTask("au");
         EXPECT_EQ(readNode(kTgid), "4321");
         EXPECT_EQ(readNode(kTask), "au");
+        // Looked for at each call, not once.
         std::filesystem::remove(path(kTgid));
         service->setSchedAssistImptTask("au 4322");
         EXPECT_EQ(readNode(kTask), "au 4322");
@@ -198,26 +186,20 @@ TEST_F(SchedAssistTest, UxSettingGatesCallersFromKernel6OnceRead) {
 }
 
 TEST_F(SchedAssistTest, WakerRepliesBecomeRecordsInKernelOrder) {
-    const struct {
-        const char* reply;
-        int32_t count;
-        const char* result;
-    } kCases[] = {
-        {"1;2;x;4;5;6;7;8\n9;10;y;12;13;14;15;16\n", 3, "1 1,2,6,5,7,4,8 9,10,14,13,15,12,16"},
-        {"1;2;x;4;5;6;7;8\n9;10;y;12;13;14;15;16\n", 1, "1 1,2,6,5,7,4,8"},
+    const std::string two = "1;2;x;4;5;6;7;8\n9;10;y;12;13;14;15;16\n";
+    // The kernel's reply, the count asked for and the answer.
+    const std::tuple<std::string, int32_t, const char*> kCases[] = {
+        {two, 3, "1 1,2,6,5,7,4,8 9,10,14,13,15,12,16"},
+        {two, 1, "1 1,2,6,5,7,4,8"},
         {"1;2;x;4\n5;6;7;8;9;10;11;12;13", 2, "1 1,2,-1,-1,-1,4,-1 5,6,10,9,11,8,12"},
-        {"1;2;x;4;5;6;7;8\n", 0, "1"},
-        {"1;2;x;4;5;6;7;8\n", -1, "1"},
+        {two, 0, "1"},
+        {two, -1, "1"},
         {"NULL", 3, kNoWaker},
-        {"", 3, kNoWaker},
-    };
+        {"", 3, kNoWaker}};
     auto service = serviceOn("5.10.66");
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.reply);
-        writeNode(kWakerInfo, c.reply);
-        TaskWakeInfo info;
-        ASSERT_TRUE(service->getWakeThreadsAffinityOrdered("", c.count, &info).isOk());
-        EXPECT_EQ(resultText(info), c.result);
+    for (const auto& [reply, count, result] : kCases) {
+        writeNode(kWakerInfo, reply);
+        EXPECT_EQ(call(&P::getWakeThreadsAffinityOrdered, "", count)(*service), result) << reply;
     }
 }
 
@@ -228,13 +210,13 @@ TEST_F(SchedAssistTest, GovernorStopsAtTheFirstFailingPolicy) {
     writeNode(node(0), "walt");
     writeNode(node(4), "walt");
     auto service = serviceOn("5.10.66");
-    int32_t result = 99;
-    ASSERT_TRUE(service->setFreqGoverner("schedutil", {0, -1, 9, 4}, &result).isOk());
-    EXPECT_EQ(result, -ENOENT);
+    const auto governor = [&](std::vector<int32_t> policies) {
+        return call(&P::setFreqGoverner, "schedutil", policies)(*service);
+    };
+    EXPECT_EQ(governor({0, -1, 9, 4}), std::to_string(-ENOENT));
     EXPECT_EQ(readNode(node(0)), "schedutil");
     EXPECT_EQ(readNode(node(4)), "walt");
-    ASSERT_TRUE(service->setFreqGoverner("schedutil", {}, &result).isOk());
-    EXPECT_EQ(result, 0);
+    EXPECT_EQ(governor({}), "0");
 }
 
 TEST_F(SchedAssistTest, ConcurrentWakerExchangesStayWhole) {
@@ -245,13 +227,11 @@ TEST_F(SchedAssistTest, ConcurrentWakerExchangesStayWhole) {
     for (int32_t id = 1000; id < 1004; ++id) {
         // Equal widths, so each write covers the one before and a read-back shows the last.
         threads.emplace_back([&service, id] {
+            const std::string pid = std::to_string(id);
             for (int i = 0; i < 1000; ++i) {
-                int32_t seed = 0;
-                TaskWakeInfo info;
-                service->setWakeSeedThread(std::to_string(id), false, true, &seed);
-                service->getWakeThreadsAffinityOrdered(std::to_string(id), 1, &info);
-                ASSERT_EQ(seed, id);
-                ASSERT_EQ(resultText(info), "1 " + std::to_string(id) + ",2,6,5,7,4,8");
+                ASSERT_EQ(call(&P::setWakeSeedThread, pid, false, true)(*service), pid);
+                ASSERT_EQ(call(&P::getWakeThreadsAffinityOrdered, pid, 1)(*service),
+                          "1 " + pid + ",2,6,5,7,4,8");
             }
         });
     }

@@ -13,24 +13,17 @@ namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
 using P = Performance;
-using testing::call;
-using testing::Error;
-using testing::Outcome;
+using testing::call, testing::Error, testing::Outcome, testing::Row;
 
-testing::OperationRow row(std::string name, testing::Call op, const char* node, std::string content,
-                          std::optional<std::string> written, Outcome ok, Outcome absent,
-                          std::optional<Outcome> refused) {
-    return {name, op, {node, node}, testing::Kernels::kAll, content, written, ok, absent, refused};
-}
 testing::OperationRow tm(std::string name, testing::Call op, const char* node,
                          std::optional<std::string> text) {
     static std::deque<std::string> paths;  // the rows point into it
     const char* path = paths.emplace_back(std::string("/sys/tmemory/tmemory0/") + node).c_str();
-    if (!text) return row(name, op, path, "a\nb", text, {"a\nb\n", {}}, {"NULL", {}}, std::nullopt);
+    if (!text) return Row(name, op, path, "a\nb", text, {"a\nb\n", {}}, {"NULL", {}});
     // /dev/full refuses even a write of nothing.
     const std::string refused =
         "write file {node} val " + *text + " failed, No space left on device";
-    return row(name, op, path, "", text, {std::to_string(text->size()), {}},
+    return Row(name, op, path, "", text, {std::to_string(text->size()), {}},
                {"-1", {testing::Debug("find path null")}}, Outcome{"-1", {Error(refused)}});
 }
 const std::string kQueue = "/sys/block/sda/queue";
@@ -52,9 +45,9 @@ const testing::OperationRow kStorageRows[] = {
     tm("readTmemoryDirtypages", call(&P::readTmemoryDirtypages), "dirty_pages", {}),
     tm("readTmemoryErrorStat", call(&P::readTmemoryErrorStat), "error_stat", {}),
     tm("readTmemoryIoLatency", call(&P::readTmemoryIoLatency), "io_latency", {}),
-    row("readStorageFeature", call(&P::readStorageFeature, kQueue, kReadAhead, std::string("0")),
+    Row("readStorageFeature", call(&P::readStorageFeature, kQueue, kReadAhead, std::string("0")),
         "/sys/block/sda/queue/read_ahead_kb", "128\n4\n", {}, {"1284", {}}, kNotFound, kNotFound),
-    row("writeStorageFeature",
+    Row("writeStorageFeature",
         call(&P::writeStorageFeature, kQueue, kReadAhead, std::string(), std::string("512")),
         "/sys/block/sda/queue/read_ahead_kb", "", "512", {"3", {}}, kNotFound, kNotFound),
 };
