@@ -21,25 +21,14 @@ bool WaitFor(const std::function<bool()>& done, milliseconds limit) {
     return true;
 }
 
-std::string DescribeStatus(int status) {
-    if (status == -1) return "still running";
-    if (WIFSIGNALED(status)) {
-        return android::base::StringPrintf("signal %d (%s)", WTERMSIG(status),
-                                           strsignal(WTERMSIG(status)));
-    }
-    return android::base::StringPrintf("exit %d", WEXITSTATUS(status));
-}
-
-bool RunResult::exitedWith(int code) const {
-    return status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == code;
-}
-
-bool RunResult::killedBy(int signal) const {
-    return status != -1 && WIFSIGNALED(status) && WTERMSIG(status) == signal;
-}
-
 std::string RunResult::describe() const {
-    return DescribeStatus(status) + "\n--- stdout ---\n" + out + "\n--- stderr ---\n" + err;
+    using android::base::StringPrintf;
+    const std::string state =
+        status == -1 ? "still running"
+        : WIFSIGNALED(status)
+            ? StringPrintf("signal %d (%s)", WTERMSIG(status), strsignal(WTERMSIG(status)))
+            : StringPrintf("exit %d", WEXITSTATUS(status));
+    return state + "\n--- stdout ---\n" + out + "\n--- stderr ---\n" + err;
 }
 
 Child::Child(const std::vector<std::string>& argv, const BeforeExec& beforeExec) {

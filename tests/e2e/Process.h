@@ -4,6 +4,7 @@
 
 #include <android-base/file.h>
 #include <sys/types.h>
+#include <sys/wait.h>
 
 #include <chrono>
 #include <functional>
@@ -17,17 +18,14 @@ using std::chrono::milliseconds;
 // Polls `done` until it holds or `limit` has passed; false if it never held.
 bool WaitFor(const std::function<bool()>& done, milliseconds limit);
 
-// "exit 0", "signal 6 (Aborted)" or "still running": a wait status for failure messages.
-std::string DescribeStatus(int status);
-
 struct RunResult {
-    int status = -1;  // waitpid status, -1 while running
+    int status = -1;  // waitpid status; -1 while running, which counts as neither
     std::string out;
     std::string err;
 
-    bool exitedWith(int code) const;
-    bool killedBy(int signal) const;
-    // Status and both outputs, for failure messages.
+    bool exitedWith(int code) const { return WIFEXITED(status) && WEXITSTATUS(status) == code; }
+    bool killedBy(int signal) const { return WIFSIGNALED(status) && WTERMSIG(status) == signal; }
+    // "exit 0", "signal 6 (Aborted)" or "still running" and both outputs, for failure messages.
     std::string describe() const;
 };
 
@@ -40,8 +38,6 @@ class Child {
   public:
     explicit Child(const std::vector<std::string>& argv, const BeforeExec& beforeExec = nullptr);
     ~Child() { stop(); }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
 
     // True once the process has ended and been reaped.
     bool ended();

@@ -39,12 +39,25 @@ struct V1Row {
     const char* content = nullptr;
 };
 
-// In slot order, from slot 0 to the last of version 1, with every leak-detection operation and
-// others around them: a proxy sending the wrong code would land on a neighbour.
-const std::vector<V1Row>& Rows() {
+class V1ClientTest : public DeviceTest {
+  protected:
+    void SetUp() override {
+        ASSERT_NO_FATAL_FAILURE(DeviceTest::SetUp());
+        ASSERT_NO_FATAL_FAILURE(copyTree("kernel-5.15"));
+        ASSERT_NE(startDaemon(), nullptr);
+        mService = IPerformance::fromBinder(lookUp());
+        ASSERT_NE(mService, nullptr);
+    }
+
+    std::shared_ptr<IPerformance> mService;
+};
+
+TEST_F(V1ClientTest, ReachesTheSameOperationsWithTheSameAnswersAsPerfctl) {
+    // In slot order, from slot 0 to the last of version 1, with every leak-detection operation and
+    // others around them: a proxy sending the wrong code would land on a neighbour.
     using P = IPerformance;
     // clang-format off
-    static const std::vector<V1Row> rows = {
+    const V1Row rows[] = {
         {{"addAcmDirName", "/data/media", "1"}, Of(&P::addAcmDirName, std::string("/data/media"), int64_t{1})},
         {{"disableKmallocDebug"}, Of(&P::disableKmallocDebug), "kmalloc_debug_enable", "0"},
         {{"disableVmallocDebug"}, Of(&P::disableVmallocDebug), "vmalloc_debug_enable", "0"},
@@ -70,24 +83,7 @@ const std::vector<V1Row>& Rows() {
         {{"writeVaFeature", "5"}, Of(&P::writeVaFeature, 5), "va_feature", "5"},
     };
     // clang-format on
-    return rows;
-}
-
-class V1ClientTest : public DeviceTest {
-  protected:
-    void SetUp() override {
-        ASSERT_NO_FATAL_FAILURE(DeviceTest::SetUp());
-        ASSERT_NO_FATAL_FAILURE(copyTree("kernel-5.15"));
-        ASSERT_NE(startDaemon(), nullptr);
-        mService = IPerformance::fromBinder(lookUp());
-        ASSERT_NE(mService, nullptr);
-    }
-
-    std::shared_ptr<IPerformance> mService;
-};
-
-TEST_F(V1ClientTest, ReachesTheSameOperationsWithTheSameAnswersAsPerfctl) {
-    for (const V1Row& row : Rows()) {
+    for (const V1Row& row : rows) {
         SCOPED_TRACE(android::base::Join(row.command, ' '));
         std::optional<std::string> answer;
         const ndk::ScopedAStatus status = row.call(*mService, &answer);

@@ -40,10 +40,6 @@ class TestService : public Performance {
         *ret = -7;
         return ScopedAStatus::ok();
     }
-    ScopedAStatus isJankTaskTrackEnable(bool* ret) override {
-        *ret = true;
-        return ScopedAStatus::ok();
-    }
     ScopedAStatus clearTaskTrackGroup(int32_t group) override {
         calls.push_back("clearTaskTrackGroup " + std::to_string(group));
         return ScopedAStatus::ok();
@@ -151,7 +147,6 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
     const char* addAcmDirName = "addAcmDirName String long -> int";
     const Case cases[] = {
         Row({"addAcmDirName", "/data/a b", "-9223372036854775808"}, kExitOk, "-7\n", ""),
-        Row({"isJankTaskTrackEnable"}, kExitOk, "true\n", ""),
         // After the operation, words that look like options are arguments.
         Row({"clearTaskTrackGroup", "-1"}, kExitOk, "", ""),
         Row({"setFreqGoverner", "schedutil", ""}, kExitOk, "0\n", ""),
@@ -171,9 +166,9 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
         Row({"--dump", "fail"}, kExitCallFailed, "",
             "perfctl: dump of " + mInstance +
                 " failed: Transaction failed: STATUS_BAD_VALUE (-22)\n"),
-        Row({"--service", kAbsent, "isJankTaskTrackEnable"}, kExitCallFailed, "", absent),
+        Row({"--service", kAbsent, "readVersion"}, kExitCallFailed, "", absent),
         Row({"--service", kAbsent, "--dump"}, kExitCallFailed, "", absent),
-        Row({"--service", mOther, "isJankTaskTrackEnable"}, kExitCallFailed, "",
+        Row({"--service", mOther, "readVersion"}, kExitCallFailed, "",
             "perfctl: service " + mOther + " is not an " + IPerformance::descriptor + "\n"),
         // Usage is checked before any lookup, so these name an absent service.
         Row({"--service", kAbsent}, kExitUsage, "", Usage("no operation given")),
