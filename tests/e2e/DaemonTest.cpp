@@ -52,7 +52,13 @@ TEST_F(DaemonTest, FullSizeReportCrossesWhole) {
     EXPECT_TRUE(printed.out == node.substr(0, 524288)) << printed.out.size() << " bytes";
 }
 
-TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
+TEST_F(DaemonTest, SecondDaemonAbortsOnTheSameNameOrRefusesWithoutANodeRoot) {
+    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
+    const RunResult rootless = RunProgram({kDaemon}, kLimit);
+    EXPECT_TRUE(rootless.exitedWith(2)) << rootless.describe();
+    EXPECT_NE(rootless.err.find("--root /"), std::string::npos) << rootless.err;
+    EXPECT_NE(rootless.err.find("tools/serve.sh"), std::string::npos) << rootless.err;
+
     const RunResult second = RunProgram({kDaemon, "--root", mDevice}, kLimit, [] {
         // The abort is expected; its core is not wanted.
         const rlimit noCore = {0, 0};
@@ -61,18 +67,11 @@ TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
     EXPECT_TRUE(second.killedBy(SIGABRT)) << second.describe();
     EXPECT_NE(second.err.find("Check failed: status == STATUS_OK"), std::string::npos) << second.err;
 
+    // The first daemon keeps its name.
     EXPECT_FALSE(mDaemon->ended()) << mDaemon->result().describe();
     const RunResult used = perfctl({"getVmallocUsed"});
     EXPECT_TRUE(used.exitedWith(0)) << used.describe();
     EXPECT_EQ(used.out, readNode(kVmallocUsed));
-}
-
-TEST_F(DeviceTest, DaemonRefusesToServeWithoutANodeRoot) {
-    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
-    const RunResult result = RunProgram({kDaemon}, kLimit);
-    EXPECT_TRUE(result.exitedWith(2)) << result.describe();
-    EXPECT_NE(result.err.find("--root /"), std::string::npos) << result.err;
-    EXPECT_NE(result.err.find("tools/serve.sh"), std::string::npos) << result.err;
 }
 
 TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
@@ -87,41 +86,31 @@ TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
 }
 
 // The daemon on each simulated tree reads that tree's kernel version and uses its nodes.
-struct Tree {
-    const char* name;
-    const char* dir;
-    const char* kernelLine;
-    const char* nodeDir;
-};
-
+// Name, directory under sim/, the line of the dump naming the kernel, where the leak nodes are.
+using Tree = std::tuple<const char*, const char*, const char*, const char*>;
 class TreeTest : public DeviceTest, public ::testing::WithParamInterface<Tree> {};
 
 TEST_P(TreeTest, DaemonServesTheTreesNodes) {
-    ASSERT_NO_FATAL_FAILURE(copyTree(GetParam().dir));
+    const auto& [name, dir, kernelLine, nodeDir] = GetParam();
+    ASSERT_NO_FATAL_FAILURE(copyTree(dir));
     ASSERT_NE(startDaemon(), nullptr);
-    const std::string nodeDir = GetParam().nodeDir;
-
-    const RunResult dump = perfctl({"--dump"});
-    ASSERT_TRUE(dump.exitedWith(0)) << dump.describe();
-    EXPECT_NE(dump.out.find(std::string("\n") + GetParam().kernelLine + "\n"), std::string::npos)
-        << dump.out;
-
-    const RunResult used = perfctl({"getVmallocUsed"});
-    ASSERT_TRUE(used.exitedWith(0)) << used.describe();
-    EXPECT_EQ(used.out, readNode(nodeDir + "vmalloc_used"));
-
-    const RunResult enable = perfctl({"enableKmallocDebug"});
-    ASSERT_TRUE(enable.exitedWith(0)) << enable.describe();
-    EXPECT_EQ(readNode(nodeDir + "kmalloc_debug_enable"), "1");
+    const RunResult dump = perfctl({"--dump"}), used = perfctl({"getVmallocUsed"}),
+                    enable = perfctl({"enableKmallocDebug"});
+    for (const RunResult* result : {&dump, &used, &enable}) {
+        EXPECT_TRUE(result->exitedWith(0)) << result->describe();
+    }
+    EXPECT_NE(dump.out.find(std::string("\n") + kernelLine + "\n"), std::string::npos) << dump.out;
+    EXPECT_EQ(used.out, readNode(std::string(nodeDir) + "vmalloc_used"));
+    EXPECT_EQ(readNode(std::string(nodeDir) + "kmalloc_debug_enable"), "1");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Trees, TreeTest,
-    ::testing::Values(Tree{"Kernel515", "kernel-5.15", "kernel version: 5.15.94 (newer node tree)",
-                           "/proc/vyren_mem/memleak_detect/"},
-                      Tree{"Kernel419", "kernel-4.19", "kernel version: 4.19.157 (older node tree)",
-                           "/proc/vyren_healthinfo/"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ::testing::Values(Tree("Kernel515", "kernel-5.15", "kernel version: 5.15.94 (newer node tree)",
+                           "/proc/vyren_mem/memleak_detect/"),
+                      Tree("Kernel419", "kernel-4.19", "kernel version: 4.19.157 (older node tree)",
+                           "/proc/vyren_healthinfo/")),
+    [](const auto& info) { return std::string(std::get<0>(info.param)); });
 
 // Who may call the daemon, through the one operation whose result depends on its caller: on a
 // kernel 6.1 device whose UX setting leaves UX state to apps, only an app uid may set it.

@@ -1,7 +1,6 @@
 #include "DeviceFixture.h"
 
 #include <android/binder_ibinder.h>
-#include <android/binder_manager.h>
 #include <grp.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -51,10 +50,6 @@ Child* DeviceTest::startDaemon(const std::vector<std::string>& args) {
     return nullptr;
 }
 
-ndk::SpAIBinder DeviceTest::lookUp() const {
-    return ndk::SpAIBinder(AServiceManager_checkService(kInstance));
-}
-
 RunResult DeviceTest::perfctl(const std::vector<std::string>& args) const {
     std::vector<std::string> argv = {kPerfctl};
     argv.insert(argv.end(), args.begin(), args.end());
@@ -63,22 +58,20 @@ RunResult DeviceTest::perfctl(const std::vector<std::string>& args) const {
 
 std::string DeviceTest::readNode(const std::string& node) const {
     std::string content;
-    EXPECT_TRUE(android::base::ReadFileToString(nodePath(node), &content)) << node;
+    EXPECT_TRUE(android::base::ReadFileToString(mDevice + node, &content)) << node;
     return content;
 }
 
 void DeviceTest::writeNode(const std::string& node, const std::string& content) const {
-    ASSERT_TRUE(android::base::WriteStringToFile(content, nodePath(node))) << node;
+    ASSERT_TRUE(android::base::WriteStringToFile(content, mDevice + node)) << node;
 }
 
 RunResult DeviceTest::runAsUid(uid_t uid, std::vector<std::string> argv) const {
-    const std::string bin = std::string(mDir.path) + "/bin";
-    const std::string copy = bin + "/" + fs::path(argv[0]).filename().string();
+    const std::string copy = std::string(mDir.path) + "/" + fs::path(argv[0]).filename().string();
     std::error_code error;
-    fs::create_directories(bin, error);
     fs::copy_file(argv[0], copy, fs::copy_options::overwrite_existing, error);
-    if (error || chmod(bin.c_str(), 0755) != 0 || chmod(mDir.path, 0755) != 0) {
-        ADD_FAILURE() << "cannot copy " << argv[0] << " to " << bin << ": " << error.message();
+    if (error || chmod(mDir.path, 0755) != 0) {
+        ADD_FAILURE() << "cannot copy " << argv[0] << " to " << copy << ": " << error.message();
         return {};
     }
     argv[0] = copy;

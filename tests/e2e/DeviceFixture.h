@@ -3,14 +3,11 @@
 // between cases, so they can run in parallel.
 #pragma once
 
-#include <android-base/file.h>
 #include <android/binder_auto_utils.h>
+#include <android/binder_manager.h>
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "Process.h"
 
@@ -36,13 +33,14 @@ class DeviceTest : public ::testing::Test {
     // Starts the daemon with --root <device> and args, and waits until it answers a ping. Fails
     // the case (with the daemon's output) and returns nullptr if it does not.
     Child* startDaemon(const std::vector<std::string>& args = {});
-    ndk::SpAIBinder lookUp() const;
+    ndk::SpAIBinder lookUp() const {
+        return ndk::SpAIBinder(AServiceManager_checkService(kInstance));
+    }
 
     // perfctl with the given words, as a separate process.
     RunResult perfctl(const std::vector<std::string>& args) const;
 
     // Nodes of the device copy, by their device path ("/proc/...").
-    std::string nodePath(const std::string& node) const { return mDevice + node; }
     std::string readNode(const std::string& node) const;
     void writeNode(const std::string& node, const std::string& content) const;
 

@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <string.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>

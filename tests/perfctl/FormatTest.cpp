@@ -75,10 +75,7 @@ TEST(FormatTest, NestedAndFlatRecords) {
               R"("field5":10123,"field6":580,"field7":3120}]})"
               "\n");
 
-    QuilbexVersionRet version;
-    version.major = 2;
-    version.minor = 14;
-    EXPECT_EQ(Formatted(version), "{\"result\":0,\"major\":2,\"minor\":14}\n");
+    EXPECT_EQ(Formatted(QuilbexVersionRet{0, 2, 14}), "{\"result\":0,\"major\":2,\"minor\":14}\n");
 }
 
 }  // namespace

@@ -63,8 +63,8 @@ TEST(OperationTableTest, EveryEntryIsFoundByNameAndCallsItsOwnTransaction) {
     // Classes live as long as the process, as they would as statics.
     static AIBinder_Class* clazz = AIBinder_Class_define(
         IPerformance::descriptor, [](void* args) { return args; }, [](void*) {}, RecordTransaction);
-    ndk::SpAIBinder binder(AIBinder_new(clazz, nullptr));
-    const auto proxy = ndk::SharedRefBase::make<BpPerformance>(binder);
+    const auto proxy =
+        ndk::SharedRefBase::make<BpPerformance>(ndk::SpAIBinder(AIBinder_new(clazz, nullptr)));
 
     for (const Operation& op : Operations()) {
         SCOPED_TRACE(op.name);
