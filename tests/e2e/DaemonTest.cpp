@@ -87,7 +87,7 @@ TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
 
 // The daemon on each simulated tree reads that tree's kernel version and uses its nodes.
 // Name, directory under sim/, the line of the dump naming the kernel, where the leak nodes are.
-using Tree = std::tuple<const char*, const char*, const char*, const char*>;
+using Tree = std::tuple<std::string, std::string, std::string, std::string>;
 class TreeTest : public DeviceTest, public ::testing::WithParamInterface<Tree> {};
 
 TEST_P(TreeTest, DaemonServesTheTreesNodes) {
@@ -99,9 +99,9 @@ TEST_P(TreeTest, DaemonServesTheTreesNodes) {
     for (const RunResult* result : {&dump, &used, &enable}) {
         EXPECT_TRUE(result->exitedWith(0)) << result->describe();
     }
-    EXPECT_NE(dump.out.find(std::string("\n") + kernelLine + "\n"), std::string::npos) << dump.out;
-    EXPECT_EQ(used.out, readNode(std::string(nodeDir) + "vmalloc_used"));
-    EXPECT_EQ(readNode(std::string(nodeDir) + "kmalloc_debug_enable"), "1");
+    EXPECT_NE(dump.out.find("\n" + kernelLine + "\n"), std::string::npos) << dump.out;
+    EXPECT_EQ(used.out, readNode(nodeDir + "vmalloc_used"));
+    EXPECT_EQ(readNode(nodeDir + "kmalloc_debug_enable"), "1");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -110,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
                            "/proc/vyren_mem/memleak_detect/"),
                       Tree("Kernel419", "kernel-4.19", "kernel version: 4.19.157 (older node tree)",
                            "/proc/vyren_healthinfo/")),
-    [](const auto& info) { return std::string(std::get<0>(info.param)); });
+    [](const auto& info) { return std::get<0>(info.param); });
 
 // Who may call the daemon, through the one operation whose result depends on its caller: on a
 // kernel 6.1 device whose UX setting leaves UX state to apps, only an app uid may set it.
