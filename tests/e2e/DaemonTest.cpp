@@ -1,13 +1,11 @@
 // The daemon as a separate process on a copy of a simulated device: serving each tree, perfctl's
-// exit status against it, a second daemon on its name, and its clients when it dies mid-call.
+// exit status against it, a second daemon on its name, its callers' uids, and its clients when it
+// dies mid-call.
 
 #include <android-base/strings.h>
-#include <android/binder_ibinder.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
-
-#include <filesystem>
 
 #include "DeviceFixture.h"
 
@@ -15,15 +13,13 @@ namespace e2e {
 namespace {
 
 constexpr char kVmallocUsed[] = "/proc/vyren_mem/memleak_detect/vmalloc_used";
-constexpr char kStackHash[] = "/proc/vyren_mem/memleak_detect/stack_hash";
 
 class DaemonTest : public DeviceTest {
   protected:
     void SetUp() override {
-        DeviceTest::SetUp();
-        if (HasFatalFailure()) return;
-        mDaemon = startDaemon();
-        ASSERT_NE(mDaemon, nullptr);
+        ASSERT_NO_FATAL_FAILURE(DeviceTest::SetUp());
+        ASSERT_NO_FATAL_FAILURE(copyTree("kernel-5.15"));
+        ASSERT_NE(mDaemon = startDaemon(), nullptr);
     }
 
     Child* mDaemon = nullptr;
@@ -49,16 +45,21 @@ TEST_F(DaemonTest, FullSizeReportCrossesWhole) {
     // Longer than the report's 524288-byte buffer, which comes back full: 1 MiB as UTF-16.
     std::string node;
     while (node.size() < 600000) node += "hash:0x5e1f00d7 count:42 size:4096 frames:12\n";
-    writeNode(kStackHash, node);
-    const std::string report = node.substr(0, 524288);
+    writeNode("/proc/vyren_mem/memleak_detect/stack_hash", node);
 
     const RunResult printed = perfctl({"getVmallocDebug"});
     ASSERT_TRUE(printed.exitedWith(0)) << printed.err;
-    EXPECT_TRUE(printed.out == report) << printed.out.size() << " bytes";
+    EXPECT_TRUE(printed.out == node.substr(0, 524288)) << printed.out.size() << " bytes";
 }
 
-TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
-    const RunResult second = RunProgram({kDaemon, "--root", mDevice}, kStartLimit, [] {
+TEST_F(DaemonTest, SecondDaemonAbortsOnTheSameNameOrRefusesWithoutANodeRoot) {
+    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
+    const RunResult rootless = RunProgram({kDaemon}, kLimit);
+    EXPECT_TRUE(rootless.exitedWith(2)) << rootless.describe();
+    EXPECT_NE(rootless.err.find("--root /"), std::string::npos) << rootless.err;
+    EXPECT_NE(rootless.err.find("tools/serve.sh"), std::string::npos) << rootless.err;
+
+    const RunResult second = RunProgram({kDaemon, "--root", mDevice}, kLimit, [] {
         // The abort is expected; its core is not wanted.
         const rlimit noCore = {0, 0};
         setrlimit(RLIMIT_CORE, &noCore);
@@ -66,127 +67,77 @@ TEST_F(DaemonTest, SecondDaemonOnTheSameNameAbortsAndTheFirstKeepsIt) {
     EXPECT_TRUE(second.killedBy(SIGABRT)) << second.describe();
     EXPECT_NE(second.err.find("Check failed: status == STATUS_OK"), std::string::npos) << second.err;
 
-    EXPECT_FALSE(mDaemon->ended()) << DescribeStatus(mDaemon->status());
+    // The first daemon keeps its name.
+    EXPECT_FALSE(mDaemon->ended()) << mDaemon->result().describe();
     const RunResult used = perfctl({"getVmallocUsed"});
     EXPECT_TRUE(used.exitedWith(0)) << used.describe();
     EXPECT_EQ(used.out, readNode(kVmallocUsed));
 }
 
-using StartTest = DeviceTest;
-
-TEST_F(StartTest, DaemonRefusesToServeWithoutANodeRoot) {
-    // Without --root a host daemon would serve, and let callers change, this machine's nodes.
-    const RunResult result = RunProgram({kDaemon}, kStartLimit);
-    EXPECT_TRUE(result.exitedWith(2)) << result.describe();
-    EXPECT_NE(result.err.find("--root /"), std::string::npos) << result.err;
-    EXPECT_NE(result.err.find("tools/serve.sh"), std::string::npos) << result.err;
-}
-
 TEST_F(DaemonTest, ClientsOfADaemonKilledMidCallFailInsteadOfWaiting) {
-    auto client = Child::Spawn({kClient, kDefaultInstance, "loop"}, mDir + "/client.log",
-                               Child::Output::kPipe);
-    ASSERT_NE(client, nullptr);
-    std::string line;
-    ASSERT_TRUE(client->readLine(&line, kCallLimit)) << client->log();
+    Child client({E2E_CLIENT, kInstance});
+    ASSERT_TRUE(WaitFor([&] { return !client.result().out.empty() || client.ended(); }, kLimit));
+    ASSERT_FALSE(client.ended()) << client.result().describe();
 
     mDaemon->sendSignal(SIGKILL);
-    ASSERT_TRUE(mDaemon->waitForEnd(kCallLimit));
-    ASSERT_TRUE(client->waitForEnd(kCallLimit)) << "the client still waits for a dead daemon";
-    EXPECT_TRUE(WIFEXITED(client->status()) && WEXITSTATUS(client->status()) == 1)
-        << DescribeStatus(client->status()) << "\n"
-        << client->log();
+    ASSERT_TRUE(mDaemon->waitForEnd(kLimit));
+    ASSERT_TRUE(client.waitForEnd(kLimit)) << "the client still waits for a dead daemon";
+    EXPECT_TRUE(client.result().exitedWith(1)) << client.result().describe();
 }
 
 // The daemon on each simulated tree reads that tree's kernel version and uses its nodes.
-struct TreeCase {
-    const char* name;
-    const char* tree;
-    const char* kernelLine;
-    const char* nodeDir;
-};
-
-class TreeTest : public DeviceTest, public ::testing::WithParamInterface<TreeCase> {};
+// Name, directory under sim/, the line of the dump naming the kernel, where the leak nodes are.
+using Tree = std::tuple<std::string, std::string, std::string, std::string>;
+class TreeTest : public DeviceTest, public ::testing::WithParamInterface<Tree> {};
 
 TEST_P(TreeTest, DaemonServesTheTreesNodes) {
-    ASSERT_NE(startDaemon(GetParam().tree), nullptr);
-    const std::string dir = GetParam().nodeDir;
-
-    const RunResult dump = perfctl({"--dump"});
-    ASSERT_TRUE(dump.exitedWith(0)) << dump.describe();
-    EXPECT_NE(dump.out.find(std::string("\n") + GetParam().kernelLine + "\n"), std::string::npos)
-        << dump.out;
-
-    const RunResult used = perfctl({"getVmallocUsed"});
-    ASSERT_TRUE(used.exitedWith(0)) << used.describe();
-    EXPECT_EQ(used.out, readNode(dir + "vmalloc_used"));
-
-    const RunResult enable = perfctl({"enableKmallocDebug"});
-    ASSERT_TRUE(enable.exitedWith(0)) << enable.describe();
-    EXPECT_EQ(readNode(dir + "kmalloc_debug_enable"), "1");
+    const auto& [name, dir, kernelLine, nodeDir] = GetParam();
+    ASSERT_NO_FATAL_FAILURE(copyTree(dir));
+    ASSERT_NE(startDaemon(), nullptr);
+    const RunResult dump = perfctl({"--dump"}), used = perfctl({"getVmallocUsed"}),
+                    enable = perfctl({"enableKmallocDebug"});
+    for (const RunResult* result : {&dump, &used, &enable}) {
+        EXPECT_TRUE(result->exitedWith(0)) << result->describe();
+    }
+    EXPECT_NE(dump.out.find("\n" + kernelLine + "\n"), std::string::npos) << dump.out;
+    EXPECT_EQ(used.out, readNode(nodeDir + "vmalloc_used"));
+    EXPECT_EQ(readNode(nodeDir + "kmalloc_debug_enable"), "1");
 }
 
-INSTANTIATE_TEST_SUITE_P(Trees, TreeTest,
-                         ::testing::Values(TreeCase{"Kernel515", "kernel-5.15",
-                                                    "kernel version: 5.15.94 (newer node tree)",
-                                                    "/proc/vyren_mem/memleak_detect/"},
-                                           TreeCase{"Kernel419", "kernel-4.19",
-                                                    "kernel version: 4.19.157 (older node tree)",
-                                                    "/proc/vyren_healthinfo/"}),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Trees, TreeTest,
+    ::testing::Values(Tree("Kernel515", "kernel-5.15", "kernel version: 5.15.94 (newer node tree)",
+                           "/proc/vyren_mem/memleak_detect/"),
+                      Tree("Kernel419", "kernel-4.19", "kernel version: 4.19.157 (older node tree)",
+                           "/proc/vyren_healthinfo/")),
+    [](const auto& info) { return std::get<0>(info.param); });
 
 // Who may call the daemon, through the one operation whose result depends on its caller: on a
 // kernel 6.1 device whose UX setting leaves UX state to apps, only an app uid may set it.
-class CallerUidTest : public DeviceTest, public ::testing::WithParamInterface<const char*> {
-  protected:
-    void SetUp() override {
-        DeviceTest::SetUp();
-        if (HasFatalFailure()) return;
-        if (geteuid() != 0) GTEST_SKIP() << "running clients under other uids needs root";
-    }
-};
-
-struct UidCallCase {
-    const char* name;
-    uid_t uid;
-    std::vector<std::string> argv;  // argv[0] is the program
-    int exitCode;
-    const char* uxTask;  // the node afterwards
-};
-
-TEST_P(CallerUidTest, OnlyAllowedAppsSetUxState) {
-    copyTree("kernel-5.15");
+TEST_F(DeviceTest, OnlyAllowedAppsSetUxState) {
+    if (geteuid() != 0) GTEST_SKIP() << "running clients under other uids needs root";
+    ASSERT_NO_FATAL_FAILURE(copyTree("kernel-5.15"));
     writeNode("/proc/version", "Linux version 6.1.25-android14-11-g8d9a2b3c4e5f (build@host)\n");
-    const std::string setting = "/proc/vyren_scheduler/sched_assist/disable_setting";
-    // nullptr: the node is missing, so the daemon cannot read the setting.
-    if (GetParam() != nullptr) {
-        writeNode(setting, GetParam());
-    } else {
-        std::filesystem::remove(nodePath(setting));
-    }
-    ASSERT_NE(startService(kDaemon, kDefaultInstance, {"--allow-uid", "1000,10123"}), nullptr);
+    writeNode("/proc/vyren_scheduler/sched_assist/disable_setting", "1\n");
+    ASSERT_NE(startDaemon({"--allow-uid", "1000,10123"}), nullptr);
 
-    const char* uxTask = "/proc/vyren_scheduler/sched_assist/ux_task";
     const std::vector<std::string> write = {kPerfctl, "writeUxState", "2", "580", "612"};
-    const UidCallCase cases[] = {
+    const std::tuple<const char*, uid_t, std::vector<std::string>, int, const char*> rows[] = {
+        // name, uid, argv, exit code, the UX node afterwards
         {"system_uid_turned_away", 1000, write, 0, "0\n"},
         {"uid_outside_the_allowed", 10250, write, 1, "0\n"},
         {"dump_by_an_app", 10123, {kPerfctl, "--dump"}, 1, "0\n"},
         {"app_uid_let_through", 10123, write, 0, "p 612 2"},
     };
-    for (const UidCallCase& c : cases) {
-        SCOPED_TRACE(c.name);
-        const RunResult result = runAsUid(c.uid, c.argv);
-        EXPECT_TRUE(result.exitedWith(c.exitCode)) << result.describe();
-        EXPECT_EQ(readNode(uxTask), c.uxTask);
+    for (const auto& [name, uid, argv, exitCode, uxTask] : rows) {
+        SCOPED_TRACE(name);
+        const RunResult result = runAsUid(uid, argv);
+        EXPECT_TRUE(result.exitedWith(exitCode)) << result.describe();
+        EXPECT_EQ(readNode("/proc/vyren_scheduler/sched_assist/ux_task"), uxTask);
     }
     // Root is always admitted.
     EXPECT_TRUE(perfctl({"--dump"}).exitedWith(0));
 }
-
-INSTANTIATE_TEST_SUITE_P(UxSetting, CallerUidTest, ::testing::Values("1\n", nullptr),
-                         [](const auto& info) {
-                             return std::string(info.param != nullptr ? "On" : "Unreadable");
-                         });
 
 }  // namespace
 }  // namespace e2e

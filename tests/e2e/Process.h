@@ -1,14 +1,13 @@
-// Child processes for the end-to-end tests: run-to-completion commands with captured output, and
-// long-running children (daemons, looping clients) stopped by the test. Every wait is bounded so a
-// hung child fails the test instead of hanging it.
+// Child processes for the end-to-end tests. Every wait is bounded, so a hung child fails the test
+// instead of hanging it.
 #pragma once
 
-#include <android-base/unique_fd.h>
+#include <android-base/file.h>
 #include <sys/types.h>
+#include <sys/wait.h>
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,67 +15,50 @@ namespace e2e {
 
 using std::chrono::milliseconds;
 
-// Runs in the child between fork and exec, e.g. to drop privileges. Must stay async-signal-safe.
-using BeforeExec = std::function<void()>;
-
-// "exit 0", "signal 6 (Aborted)" or "still running": a wait status for failure messages.
-std::string DescribeStatus(int status);
+// Polls `done` until it holds or `limit` has passed; false if it never held.
+bool WaitFor(const std::function<bool()>& done, milliseconds limit);
 
 struct RunResult {
-    // waitpid status; -1 when the process had to be killed after its time limit.
-    int status = -1;
+    int status = -1;  // waitpid status; -1 while running, which counts as neither
     std::string out;
     std::string err;
 
-    bool exitedWith(int code) const;
-    bool killedBy(int signal) const;
-    // Status and both outputs, for failure messages.
+    bool exitedWith(int code) const { return WIFEXITED(status) && WEXITSTATUS(status) == code; }
+    bool killedBy(int signal) const { return WIFSIGNALED(status) && WTERMSIG(status) == signal; }
+    // "exit 0", "signal 6 (Aborted)" or "still running" and both outputs, for failure messages.
     std::string describe() const;
 };
 
-// Runs argv (argv[0] is a path) with stdin from /dev/null and both outputs captured, and waits for
-// it at most `limit`.
-RunResult RunProgram(const std::vector<std::string>& argv, milliseconds limit = milliseconds(10000),
-                     const BeforeExec& beforeExec = nullptr);
+// Runs in the child between fork and exec, e.g. to drop privileges. Must stay async-signal-safe.
+using BeforeExec = std::function<void()>;
 
-// A child that runs until the test stops it. Its stdout is a pipe the test reads line by line;
-// its stderr, and its stdout too when no pipe is wanted, go to a log file.
+// A process started from argv (argv[0] is a path), with stdin from /dev/null and stdout and
+// stderr in files of its own. Destroying it stops it.
 class Child {
   public:
-    enum class Output { kLogFile, kPipe };
+    explicit Child(const std::vector<std::string>& argv, const BeforeExec& beforeExec = nullptr);
+    ~Child() { stop(); }
 
-    static std::unique_ptr<Child> Spawn(const std::vector<std::string>& argv,
-                                        const std::string& logPath, Output output,
-                                        const BeforeExec& beforeExec = nullptr);
-    ~Child();
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    pid_t pid() const { return mPid; }
-    const std::string& logPath() const { return mLogPath; }
-    std::string log() const;
-
-    // True once the process has ended; its wait status is then in status().
+    // True once the process has ended and been reaped.
     bool ended();
-    int status() const { return mStatus; }
-    // Waits at most `limit` for the process to end on its own.
-    bool waitForEnd(milliseconds limit);
-    // Reads the next line of stdout without its newline, waiting at most `limit`.
-    bool readLine(std::string* line, milliseconds limit);
-
+    bool waitForEnd(milliseconds limit) {
+        return WaitFor([this] { return ended(); }, limit);
+    }
     void sendSignal(int signal);
     // SIGTERM, then SIGKILL if the process is still there after a few seconds; always reaps it.
     void stop();
+    // The status so far and everything written to both outputs.
+    RunResult result() const;
 
   private:
-    Child(pid_t pid, android::base::unique_fd out, std::string logPath);
-
-    pid_t mPid;
-    android::base::unique_fd mOut;
-    std::string mLogPath;
-    std::string mPending;
-    bool mEnded = false;
+    TemporaryFile mOut;
+    TemporaryFile mErr;
+    pid_t mPid = -1;
     int mStatus = -1;
 };
+
+// Runs argv to its end, stopping it if it is still running after `limit`.
+RunResult RunProgram(const std::vector<std::string>& argv, milliseconds limit = milliseconds(10000),
+                     const BeforeExec& beforeExec = nullptr);
 
 }  // namespace e2e

@@ -21,11 +21,13 @@ namespace {
 using ::aidl::vendor::vyren::hardware::performance::IPerformance;
 using ::aidl::vendor::vyren::hardware::performance::Performance;
 using ::aidl::vendor::vyren::hardware::performance::ProcReqHal;
-using ::aidl::vendor::vyren::hardware::performance::ProcReqItemHal;
 using ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet;
 using ::ndk::ScopedAStatus;
 
 constexpr char kAbsent[] = "perfctl.test/absent";
+constexpr char kGeneralUsage[] =
+    "[--service INSTANCE] OPERATION [ARG...]\n       perfctl [--service INSTANCE] --dump [ARG...]\n"
+    "       perfctl --list\n       perfctl --help";
 const std::string kStringResult("line 1\nline 2 \xc3\xa9\0tail", 20);
 
 // Answers a few operations itself and records the arguments they receive.
@@ -38,20 +40,14 @@ class TestService : public Performance {
         *ret = -7;
         return ScopedAStatus::ok();
     }
-    ScopedAStatus isJankTaskTrackEnable(bool* ret) override {
-        *ret = true;
-        return ScopedAStatus::ok();
-    }
     ScopedAStatus clearTaskTrackGroup(int32_t group) override {
         calls.push_back("clearTaskTrackGroup " + std::to_string(group));
         return ScopedAStatus::ok();
     }
     ScopedAStatus setFreqGoverner(const std::string& governor, const std::vector<int32_t>& policies,
                                   int32_t* ret) override {
-        std::vector<std::string> words;
-        for (const int32_t policy : policies) words.push_back(std::to_string(policy));
-        calls.push_back("setFreqGoverner " + governor + " [" + android::base::Join(words, ' ') +
-                        "]");
+        calls.push_back("setFreqGoverner " + governor);
+        for (const int32_t policy : policies) calls.back() += " " + std::to_string(policy);
         *ret = static_cast<int32_t>(policies.size());
         return ScopedAStatus::ok();
     }
@@ -60,12 +56,8 @@ class TestService : public Performance {
         return ScopedAStatus::ok();
     }
     ScopedAStatus getHIAllocWait(ProcReqHal* ret) override {
-        ProcReqItemHal item;
-        item.key = "total";
-        item.separator = "\t";
-        item.flag = 1;
         ret->path = "/proc/hi";
-        ret->items = {item};
+        ret->items = {{"total", "\t", 1}};
         return ScopedAStatus::ok();
     }
     ScopedAStatus readQuilbexVersion(QuilbexVersionRet*) override {
@@ -81,48 +73,57 @@ class TestService : public Performance {
         return android::base::WriteStringToFd(text, fd) ? STATUS_OK : STATUS_UNKNOWN_ERROR;
     }
 
-    std::vector<std::string> calls;
+    std::vector<std::string> calls;  // with their arguments
 };
 
-struct Outcome {
+struct Case {
+    std::vector<std::string> words;  // after --service with this test's service
     int status;
     std::string out;
     std::string err;
 };
+Case Row(std::vector<std::string> words, int status, std::string out, std::string err) {
+    return {std::move(words), status, std::move(out), std::move(err)};
+}
 
 class CliTest : public ::testing::Test {
   protected:
     void SetUp() override {
         mService = ::ndk::SharedRefBase::make<TestService>(mRoot.path);
-        mInstance = std::string("perfctl.test/") +
-                    ::testing::UnitTest::GetInstance()->current_test_info()->name();
         ASSERT_EQ(AServiceManager_addService(mService->asBinder().get(), mInstance.c_str()),
                   EX_NONE);
+        // A service of another interface.
+        static AIBinder_Class* other = AIBinder_Class_define(
+            "perfctl.test.IOther", [](void* args) { return args; }, [](void*) {},
+            [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
+                return STATUS_UNKNOWN_TRANSACTION;
+            });
+        mOtherBinder.set(AIBinder_new(other, nullptr));
+        ASSERT_EQ(AServiceManager_addService(mOtherBinder.get(), mOther.c_str()), EX_NONE);
     }
 
-    static Outcome Perfctl(const std::vector<std::string>& args) {
+    // Runs perfctl with --service naming this test's service, then the words.
+    Case Call(std::vector<std::string> words) {
         TemporaryFile out;
         std::ostringstream err;
-        Outcome outcome;
-        outcome.status = perfctl::Run(args, out.fd, err);
+        Case outcome{words, 0, "", ""};
+        words.insert(words.begin(), {"--service", mInstance});
+        outcome.status = perfctl::Run(words, out.fd, err);
         EXPECT_TRUE(android::base::ReadFileToString(out.path, &outcome.out));
         outcome.err = err.str();
         return outcome;
     }
 
-    // Runs perfctl against this test's service.
-    Outcome Call(std::vector<std::string> words) {
-        words.insert(words.begin(), {"--service", mInstance});
-        return Perfctl(words);
-    }
-
     TemporaryDir mRoot;
     std::shared_ptr<TestService> mService;
-    std::string mInstance;
+    const std::string mInstance = std::string("perfctl.test/") +
+                                  ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    const std::string mOther = mInstance + "/other";
+    ndk::SpAIBinder mOtherBinder;
 };
 
 TEST_F(CliTest, ListPrintsEveryOperationOnItsOwnLine) {
-    const Outcome outcome = Perfctl({"--list"});
+    const Case outcome = Call({"--list"});
     EXPECT_EQ(outcome.status, kExitOk);
     const std::vector<std::string> lines = android::base::Split(outcome.out, "\n");
     ASSERT_EQ(lines.size(), Operations().size + 1);  // the text after the last newline is empty
@@ -131,116 +132,82 @@ TEST_F(CliTest, ListPrintsEveryOperationOnItsOwnLine) {
     EXPECT_EQ(lines[170], "170 getWakeThreadsAffinityOrdered(String, int) -> TaskWakeInfo");
     EXPECT_EQ(lines.back(), "");
     // Listing needs no service.
-    EXPECT_EQ(Perfctl({"--service", kAbsent, "--list"}).out, outcome.out);
+    EXPECT_EQ(Call({"--service", kAbsent, "--list"}).out, outcome.out);
 }
 
-TEST_F(CliTest, UsageErrorsNameTheExpectedSignature) {
-    const char* const kGeneral = "usage: perfctl [--service INSTANCE] OPERATION [ARG...]\n";
-    const std::pair<std::vector<std::string>, const char*> cases[] = {
-        {{}, kGeneral},
-        {{"--bogus"}, kGeneral},
-        {{"--service"}, kGeneral},
-        {{"--list", "extra"}, kGeneral},
-        {{"AddAcmDirName", "d", "1"}, "unknown operation AddAcmDirName"},
-        {{"addAcmDirName", "d"},
-         "perfctl: addAcmDirName takes 2 arguments, got 1\n"
-         "usage: perfctl addAcmDirName String long -> int\n"},
-        {{"getKernelVersion", "1"}, "usage: perfctl getKernelVersion -> int\n"},
-        {{"addAcmDirName", "d", "12x"},
-         "perfctl: addAcmDirName: argument 2 is not a long: \"12x\"\n"
-         "usage: perfctl addAcmDirName String long -> int\n"},
-        {{"readVyrenReserve3", "0", "2147483648"},
-         "argument 2 is not an int: \"2147483648\"\n"
-         "usage: perfctl readVyrenReserve3 int int -> String\n"},
-        {{"setWakeSeedThread", "1", "true", "yes"},
-         "usage: perfctl setWakeSeedThread String boolean boolean -> int\n"},
-        {{"setFreqGoverner", "g", "1,,2"}, "usage: perfctl setFreqGoverner String int[] -> int\n"},
+// A usage error: its message, then how to call perfctl or the operation.
+std::string Usage(const std::string& message, const char* usage = kGeneralUsage) {
+    return "perfctl: " + message + "\nusage: perfctl " + usage + "\n";
+}
+
+// Each command line gives its exit status, prints its result and nothing else, or fails with one
+// message on stderr.
+TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
+    const std::string absent = std::string("perfctl: service ") + kAbsent + " is not running\n";
+    const char* addAcmDirName = "addAcmDirName String long -> int";
+    const Case cases[] = {
+        Row({"addAcmDirName", "/data/a b", "-9223372036854775808"}, kExitOk, "-7\n", ""),
+        // After the operation, words that look like options are arguments.
+        Row({"clearTaskTrackGroup", "-1"}, kExitOk, "", ""),
+        Row({"setFreqGoverner", "schedutil", ""}, kExitOk, "0\n", ""),
+        Row({"setFreqGoverner", "performance", "2147483647,-2147483648"}, kExitOk, "2\n", ""),
+        Row({"readVersion"}, kExitOk, kStringResult, ""),
+        Row({"getHIAllocWait"}, kExitOk,
+            R"({"path":"/proc/hi","items":[{"key":"total","separator":"\t","flag":1}]})"
+            "\n",
+            ""),
+        Row({"readQuilbexVersion"}, kExitCallFailed, "",
+            "perfctl: readQuilbexVersion failed: Exception EX_SERVICE_SPECIFIC (-8), "
+            "service-specific error -22: 'bad request'\n"),
+        Row({"getKernelVersion"}, kExitCallFailed, "",
+            "perfctl: getKernelVersion failed: Exception EX_UNSUPPORTED_OPERATION (-7)\n"),
+        // Every word after --dump goes to the service, option-like ones included.
+        Row({"--dump", "-a", "two words", "--list"}, kExitOk, "state [-a|two words|--list]\n", ""),
+        Row({"--dump", "fail"}, kExitCallFailed, "",
+            "perfctl: dump of " + mInstance +
+                " failed: Transaction failed: STATUS_BAD_VALUE (-22)\n"),
+        Row({"--service", kAbsent, "readVersion"}, kExitCallFailed, "", absent),
+        Row({"--service", kAbsent, "--dump"}, kExitCallFailed, "", absent),
+        Row({"--service", mOther, "readVersion"}, kExitCallFailed, "",
+            "perfctl: service " + mOther + " is not an " + IPerformance::descriptor + "\n"),
+        // Usage is checked before any lookup, so these name an absent service.
+        Row({"--service", kAbsent}, kExitUsage, "", Usage("no operation given")),
+        Row({"--service", kAbsent, "--bogus"}, kExitUsage, "", Usage("unknown option --bogus")),
+        Row({"--service", kAbsent, "--service"}, kExitUsage, "",
+            Usage("--service needs an instance name")),
+        Row({"--service", kAbsent, "--list", "extra"}, kExitUsage, "",
+            Usage("--list takes no arguments")),
+        Row({"--service", kAbsent, "AddAcmDirName", "d", "1"}, kExitUsage, "",
+            Usage("unknown operation AddAcmDirName (perfctl --list shows them all)")),
+        Row({"--service", kAbsent, "addAcmDirName", "d"}, kExitUsage, "",
+            Usage("addAcmDirName takes 2 arguments, got 1", addAcmDirName)),
+        Row({"--service", kAbsent, "getKernelVersion", "1"}, kExitUsage, "",
+            Usage("getKernelVersion takes 0 arguments, got 1", "getKernelVersion -> int")),
+        Row({"--service", kAbsent, "addAcmDirName", "d", "12x"}, kExitUsage, "",
+            Usage("addAcmDirName: argument 2 is not a long: \"12x\"", addAcmDirName)),
+        Row({"--service", kAbsent, "readVyrenReserve3", "0", "2147483648"}, kExitUsage, "",
+            Usage("readVyrenReserve3: argument 2 is not an int: \"2147483648\"",
+                  "readVyrenReserve3 int int -> String")),
+        Row({"--service", kAbsent, "setWakeSeedThread", "1", "true", "yes"}, kExitUsage, "",
+            Usage("setWakeSeedThread: argument 3 is not a boolean: \"yes\"",
+                  "setWakeSeedThread String boolean boolean -> int")),
+        Row({"--service", kAbsent, "setFreqGoverner", "g", "1,,2"}, kExitUsage, "",
+            Usage("setFreqGoverner: argument 2 is not an int[]: \"1,,2\"",
+                  "setFreqGoverner String int[] -> int")),
     };
-    for (const auto& [words, message] : cases) {
-        // An absent service: usage is checked before any lookup.
-        std::vector<std::string> args = {"--service", kAbsent};
-        args.insert(args.end(), words.begin(), words.end());
-        SCOPED_TRACE(android::base::Join(args, ' '));
-        const Outcome outcome = Perfctl(args);
-        EXPECT_EQ(outcome.status, kExitUsage);
-        EXPECT_EQ(outcome.out, "");
-        EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(android::base::Join(c.words, ' '));
+        const Case outcome = Call(c.words);
+        EXPECT_EQ(outcome.status, c.status);
+        EXPECT_EQ(outcome.out, c.out);
+        EXPECT_EQ(outcome.err, c.err);
     }
-}
-
-TEST_F(CliTest, ResultsPrintedByType) {
-    const std::pair<std::vector<std::string>, std::string> cases[] = {
-        {{"addAcmDirName", "/data/a b", "-9223372036854775808"}, "-7\n"},
-        {{"isJankTaskTrackEnable"}, "true\n"},
-        {{"clearTaskTrackGroup", "3"}, ""},
-        {{"setFreqGoverner", "schedutil", ""}, "0\n"},
-        {{"readVersion"}, kStringResult},
-        {{"getHIAllocWait"},
-         R"({"path":"/proc/hi","items":[{"key":"total","separator":"\t","flag":1}]})"
-         "\n"},
-    };
-    for (const auto& [words, out] : cases) {
-        SCOPED_TRACE(android::base::Join(words, ' '));
-        const Outcome outcome = Call(words);
-        EXPECT_EQ(outcome.status, kExitOk);
-        EXPECT_EQ(outcome.out, out);
-        EXPECT_EQ(outcome.err, "");
-    }
-}
-
-TEST_F(CliTest, ArgumentsReachTheServiceConverted) {
-    EXPECT_EQ(Call({"addAcmDirName", "/data/a b", "+12"}).status, kExitOk);
-    // After the operation, words that look like options are arguments.
-    EXPECT_EQ(Call({"clearTaskTrackGroup", "-1"}).status, kExitOk);
-    EXPECT_EQ(Call({"setFreqGoverner", "performance", "2147483647,-2147483648"}).status, kExitOk);
     EXPECT_EQ(mService->calls, (std::vector<std::string>{
-                                   "addAcmDirName /data/a b 12",
+                                   "addAcmDirName /data/a b -9223372036854775808",
                                    "clearTaskTrackGroup -1",
-                                   "setFreqGoverner performance [2147483647 -2147483648]",
+                                   "setFreqGoverner schedutil",
+                                   "setFreqGoverner performance 2147483647 -2147483648",
                                }));
-}
-
-TEST_F(CliTest, FailedCallsReportOneLine) {
-    for (const std::string op : {"readQuilbexVersion", "getKernelVersion"}) {
-        const Outcome outcome = Call({op});
-        EXPECT_EQ(outcome.status, kExitCallFailed) << op;
-        EXPECT_EQ(outcome.out, "") << op;
-        EXPECT_EQ(outcome.err.find("perfctl: " + op + " failed: "), 0u) << outcome.err;
-        EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
-    }
-}
-
-TEST_F(CliTest, MissingOrForeignServiceFailsTheCall) {
-    for (const char* option : {"isJankTaskTrackEnable", "--dump"}) {
-        const Outcome outcome = Perfctl({"--service", kAbsent, option});
-        EXPECT_EQ(outcome.status, kExitCallFailed) << option;
-        EXPECT_EQ(outcome.err, std::string("perfctl: service ") + kAbsent + " is not running\n");
-    }
-
-    AIBinder_Class* clazz = AIBinder_Class_define(
-        "perfctl.test.IOther", [](void* args) { return args; }, [](void*) {},
-        [](AIBinder*, transaction_code_t, const AParcel*, AParcel*) -> binder_status_t {
-            return STATUS_UNKNOWN_TRANSACTION;
-        });
-    ndk::SpAIBinder other(AIBinder_new(clazz, nullptr));
-    const std::string instance = mInstance + "/other";
-    ASSERT_EQ(AServiceManager_addService(other.get(), instance.c_str()), EX_NONE);
-    const Outcome outcome = Perfctl({"--service", instance, "isJankTaskTrackEnable"});
-    EXPECT_EQ(outcome.status, kExitCallFailed);
-    EXPECT_EQ(outcome.err,
-              "perfctl: service " + instance + " is not an " + IPerformance::descriptor + "\n");
-}
-
-TEST_F(CliTest, DumpWritesTheServiceStateToStdout) {
-    // Every word after --dump goes to the service, option-like ones included.
-    Outcome outcome = Call({"--dump", "-a", "two words", "--list"});
-    EXPECT_EQ(outcome.status, kExitOk);
-    EXPECT_EQ(outcome.out, "state [-a|two words|--list]\n");
-
-    outcome = Call({"--dump", "fail"});
-    EXPECT_EQ(outcome.status, kExitCallFailed);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.err.find("perfctl: dump of " + mInstance + " failed: "), 0u);
 }
 
 }  // namespace
