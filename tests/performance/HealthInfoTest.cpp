@@ -5,22 +5,15 @@
 
 #include "OperationNodes.h"
 
-#define OP(op, ...) #op, testing::call(&Performance::op, ##__VA_ARGS__)
-#define SAME(node) (NodePair{node, node})
-#define HI(name) SAME("/proc/vyren_healthinfo/" name)
+#define HI(name) same("/proc/vyren_healthinfo/" name)
 #define LEAK(name) \
     (NodePair{"/proc/vyren_healthinfo/" name, "/proc/vyren_mem/memleak_detect/" name})
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::Call;
-using testing::Debug;
-using testing::Error;
-using testing::Kernels;
-using testing::OperationRow;
-using testing::Outcome;
-using testing::Row;
+using testing::Call, testing::Debug, testing::Error, testing::Kernels, testing::OperationRow,
+    testing::Outcome, testing::Row, testing::same;
 
 const std::string kNoNode = " {node} (2): No such file or directory";
 
@@ -58,12 +51,12 @@ const OperationRow kTextRows[] = {
     report(OP(getionwait), HI("ion_wait"), 4096),
     report(OP(getallocwait), HI("alloc_wait"), 4096),
     report(OP(getdstate), HI("dstate"), 4096),
-    report(OP(getDevinfoDDRInfo), SAME("/proc/devinfo/ddr"), 4096),
-    report(OP(getDdrResidency), SAME("/sys/power/ddr/residency"), 4096),
+    report(OP(getDevinfoDDRInfo), same("/proc/devinfo/ddr"), 4096),
+    report(OP(getDdrResidency), same("/sys/power/ddr/residency"), 4096),
     // The eMMC node stands in when the UFS node yields nothing.
-    report(OP(getDevinfoUfsInfo), SAME("/proc/devinfo/emmc"), 4096, Kernels::kAll,
+    report(OP(getDevinfoUfsInfo), same("/proc/devinfo/emmc"), 4096, Kernels::kAll,
            {missing("/proc/devinfo/ufs")}),
-    report(OP(getDevinfoUfsVersionInfo), SAME("/proc/devinfo/emmc_version"), 4096, Kernels::kAll,
+    report(OP(getDevinfoUfsVersionInfo), same("/proc/devinfo/emmc_version"), 4096, Kernels::kAll,
            {missing("/proc/devinfo/ufs_version")}),
 };
 INSTANTIATE_OPERATION_ROWS(HealthAndDeviceText, kTextRows);
@@ -123,7 +116,7 @@ OperationRow value(std::string name, Call op, NodePair node, const std::string& 
 }
 
 // Typed creation has a node on the newer tree only, which older kernels address as well.
-constexpr NodePair kTypedCreate = SAME("/proc/vyren_mem/memleak_detect/kmalloc_debug_create");
+constexpr NodePair kTypedCreate = same("/proc/vyren_mem/memleak_detect/kmalloc_debug_create");
 
 const OperationRow kValueRows[] = {
     value(OP(writeKmallocDebugCreate, -1), LEAK("kmalloc_debug_create"), "-1",

@@ -11,7 +11,6 @@
 
 #define JANK "/proc/jank_info/cpu_jank_info/"
 // An operation's name and its call with the given arguments.
-#define OP(op, ...) #op, call(&Performance::op, ##__VA_ARGS__)
 // A CLM node's reader and writer.
 #define CLM(read, write, node) reader(OP(read), JANK node), writer(OP(write, kValue), JANK node)
 

@@ -4,10 +4,7 @@
 
 namespace aidl::vendor::vyren::hardware::performance {
 
-using testing::Kernels;
-using testing::kKernelReleases;
-using testing::OperationRow;
-using testing::Outcome;
+using testing::Kernels, testing::kKernelReleases, testing::OperationRow, testing::Outcome;
 
 namespace {
 

@@ -97,6 +97,10 @@ OperationRow Row(std::string name, Call call, NodePair node, std::string content
 OperationRow Row(std::string name, Call call, const char* node, std::string content,
                  std::optional<std::string> written, Outcome present, Outcome absent,
                  std::optional<Outcome> refused = std::nullopt);
+// A row whose node is the same path on every tree, for the builders that take a pair.
+constexpr NodePair same(const char* node) {
+    return {node, node};
+}
 // Written for a row whose call leaves its node as it was.
 inline constexpr std::nullopt_t kUnchanged = std::nullopt;
 
@@ -126,3 +130,9 @@ class OperationNodesTest : public NodeRootTest,
 #define INSTANTIATE_OPERATION_ROWS(group, rows)                                    \
     INSTANTIATE_TEST_SUITE_P(group, OperationNodesTest, ::testing::ValuesIn(rows), \
                              [](const auto& info) { return info.param.name; })
+
+// OP(writeMemMonitor, "cmd") is a row's name and call: the operation's name, and the operation
+// called with those arguments.
+#define OP(op, ...)                                                   \
+#op, ::aidl::vendor::vyren::hardware::performance::testing::call( \
+             &::aidl::vendor::vyren::hardware::performance::Performance::op, ##__VA_ARGS__)

@@ -32,7 +32,6 @@ constexpr auto kAll = testing::Kernels::kAll, kOlder = testing::Kernels::kOlder,
 #define ASSIST "/proc/vyren_scheduler/sched_assist/"
 #define TPD "/sys/module/tpd/parameters/"
 // An operation's name and its call with the given arguments.
-#define OP(op, ...) #op, call(&Performance::op, ##__VA_ARGS__)
 constexpr char kUxTask[] = ASSIST "ux_task";
 constexpr char kSetting[] = ASSIST "disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";

@@ -11,8 +11,7 @@
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::Debug;
-using testing::Error;
+using testing::Debug, testing::Error;
 
 constexpr char kTag[] = "PerformanceService";
 

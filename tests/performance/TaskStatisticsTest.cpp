@@ -10,10 +10,8 @@
 
 #include "OperationNodes.h"
 
-#define OP(op, ...) #op, testing::call(&P::op, ##__VA_ARGS__)
-#define SAME(node) (NodePair{node, node})
 #define LOAD "/proc/task_info/task_load_info/"
-#define SCHED(node) SAME("/proc/task_info/task_sched_info/" node)
+#define SCHED(node) same("/proc/task_info/task_sched_info/" node)
 // A scheduling-information node with its reader and its writer.
 #define SCHED_RW(read, write, node) \
     lines(OP(read), SCHED(node), {}), put(OP(write, "2041 3120"), SCHED(node), kSchedPut)
@@ -21,20 +19,15 @@
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::Call;
-using testing::Debug;
-using testing::Error;
-using testing::Kernels;
-using testing::OperationRow;
-using testing::Outcome;
-using testing::Row;
+using testing::Call, testing::Debug, testing::Error, testing::Kernels, testing::OperationRow,
+    testing::Outcome, testing::Row, testing::same;
 using P = Performance;
 
 constexpr NodePair kMonitor = {"/proc/memory_monitor", "/proc/vyren_mem/memory_monitor"};
 constexpr NodePair kCpustats = {"/proc/sys/kernel/task_cpustats_enable",
                                 "/proc/task_info/task_cpustats/task_cpustats_enable"};
-constexpr NodePair kReclaim = SAME("/proc/vyren_healthinfo/process_reclaim_enable");
-constexpr NodePair kMultiThread = SAME("/proc/sys/kernel/cpu_multi_thread");
+constexpr NodePair kReclaim = same("/proc/vyren_healthinfo/process_reclaim_enable");
+constexpr NodePair kMultiThread = same("/proc/sys/kernel/cpu_multi_thread");
 const std::string kNoFile = " {node} (2): No such file or directory";
 const LogLine kNoRead =
     Debug("open {node} failed! err:No such file or directory, Linux version {version}");
@@ -70,7 +63,7 @@ OperationRow put(std::string name, Call op, NodePair node, PutResults results,
 }
 // On the newer tree: answers result and touches nothing.
 OperationRow inert(std::string name, Call op, std::string result, Kernels kernels) {
-    return Row(name, op, SAME("/proc/process_reclaim"), "0", {}, {result, {}}, {result, {}}, {},
+    return Row(name, op, same("/proc/process_reclaim"), "0", {}, {result, {}}, {result, {}}, {},
                kernels);
 }
 
@@ -87,7 +80,7 @@ const OperationRow kRows[] = {
          Kernels::kOlder),
     flip(OP(disableProcessReclaim), kReclaim, "disable ProcessReclaim",
          "Failed to disable" + kNoFile, Kernels::kOlder),
-    put(OP(setProcessReclaim, "2041 3120"), SAME("/proc/process_reclaim"), kCounted,
+    put(OP(setProcessReclaim, "2041 3120"), same("/proc/process_reclaim"), kCounted,
         Kernels::kOlder),
     inert("newer_" OP(enableProcessReclaim), "0", Kernels::kNewer),
     inert("newer_" OP(disableProcessReclaim), "0", Kernels::kNewer),
@@ -113,15 +106,15 @@ const OperationRow kRows[] = {
           {"", {Debug("open sge_info failed! Linux version {version}")}}),
     lines(OP(readSgeFreqInfo), {"/proc/sgefreqinfo", "/proc/task_info/task_cpustats/sgefreqinfo"},
           {"", {Debug("open sge_freq_info failed! Linux version {version}")}}),
-    put(OP(writeMonitorStatus, "2041 3120"), SAME(LOAD "monitor_status"),
+    put(OP(writeMonitorStatus, "2041 3120"), same(LOAD "monitor_status"),
         {"1", "0", "0", "Failed to write"}),
-    Row(OP(readTargetProcess, "2041 3120"), SAME(LOAD "target_process"), "", "2041 3120",
+    Row(OP(readTargetProcess, "2041 3120"), same(LOAD "target_process"), "", "2041 3120",
         {"2041 3120\n", {}}, {"0", {Error("Failed to open" + kNoFile), kNoLoad.logs[0]}}),
-    lines(OP(readIomonitorInfo, "daily"), SAME("/proc/IoMonitor/daily"), {kOpenError, {}}),
-    lines(OP(readRealTime), SAME(LOAD "real_time"), kNoLoad),
-    lines(OP(readNormalizeRealTime), SAME(LOAD "normalize_real_time"), kNoLoad),
-    lines(OP(readRunningTime), SAME(LOAD "running_time"), kNoLoad),
-    lines(OP(readNormalizeRunningTime), SAME(LOAD "normalize_running_time"), kNoLoad),
+    lines(OP(readIomonitorInfo, "daily"), same("/proc/IoMonitor/daily"), {kOpenError, {}}),
+    lines(OP(readRealTime), same(LOAD "real_time"), kNoLoad),
+    lines(OP(readNormalizeRealTime), same(LOAD "normalize_real_time"), kNoLoad),
+    lines(OP(readRunningTime), same(LOAD "running_time"), kNoLoad),
+    lines(OP(readNormalizeRunningTime), same(LOAD "normalize_running_time"), kNoLoad),
     SCHED_RW(readTaskSchedInfo, writeTaskSchedInfo, "task_sched_info_enable"),
     SCHED_RW(readPidsSet, writePidsSet, "pids_set"),
     SCHED_RW(readSchedInfoThreshold, writeSchedInfoThreshold, "sched_info_threshold"),
