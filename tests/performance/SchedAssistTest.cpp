@@ -25,13 +25,11 @@ namespace {
 
 using P = Performance;
 using testing::call, testing::Call, testing::Debug, testing::Error, testing::OperationRow,
-    testing::Outcome, testing::Row;
-constexpr auto kAll = testing::Kernels::kAll, kOlder = testing::Kernels::kOlder,
-               kNewer = testing::Kernels::kNewer;
+    testing::Outcome, testing::Row, testing::same;
+constexpr auto kOlder = testing::Kernels::kOlder, kNewer = testing::Kernels::kNewer;
 
 #define ASSIST "/proc/vyren_scheduler/sched_assist/"
 #define TPD "/sys/module/tpd/parameters/"
-// An operation's name and its call with the given arguments.
 constexpr char kUxTask[] = ASSIST "ux_task";
 constexpr char kSetting[] = ASSIST "disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";
@@ -50,56 +48,50 @@ Outcome absentOn(const char* result) {
 Outcome noSpace(const char* result, const std::string& what) {
     return {result, {Error(what + kNoSpace)}};
 }
-OperationRow row(std::string name, Call call, NodePair node, testing::Kernels kernels,
-                 std::string content, std::optional<std::string> written, Outcome present,
-                 Outcome absent, std::optional<Outcome> refused = std::nullopt) {
-    return {name, call, node, kernels, content, written, present, absent, refused};
-}
 // A node the call never reaches on these kernels.
 OperationRow unreached(std::string name, Call call, const char* node, testing::Kernels kernels,
                        Outcome outcome) {
-    return row(name, call, {node, node}, kernels, "0", std::nullopt, outcome, outcome);
+    return Row(name, call, same(node), "0", std::nullopt, outcome, outcome, std::nullopt, kernels);
 }
 const Outcome kImFlag = {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}};
 const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
 
 // Nodes are {older tree, newer tree}. A refused tpd or task write goes unnoticed.
 const OperationRow kRows[] = {
-    row(OP(setSlideboost, "1"),
-        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, kAll, "0",
-        "1", kDone, absentOn(""), kWriteFull),
-    row(OP(setSchedAssistScene, "2"),
-        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, kAll, "0", "2", kDone,
+    Row(OP(setSlideboost, "1"),
+        {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, "0", "1",
+        kDone, absentOn(""), kWriteFull),
+    Row(OP(setSchedAssistScene, "2"),
+        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, "0", "2", kDone,
         absentOn(""), kWriteFull),
-    row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, kAll,
-        "60", "90", kDone, kOpenAbsent, kOpenFull),
+    Row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, "60",
+        "90", kDone, kOpenAbsent, kOpenFull),
     Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
         Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
     Row(OP(setFgUids, "10150"), "/proc/fg_info/fg_uids", "10123", "10150", kDone, kOpenAbsent,
         kOpenFull),
     Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
         absentOn(""), kDone),
-    row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, kAll, "stale", "1 2",
-        kZero, absentOn("-1"), kZero),
-    row(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, kAll, "stale", "2041", kZero,
+    Row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2", kZero,
         absentOn("-1"), kZero),
-    row(OP(enableTaskPlacementDecision), {TPD "tpd_enable", TPD "tpd_enable"}, kOlder, "0", "1",
-        kZero, absentOn("-1"), kZero),
-    row(OP(disableTaskPlacementDecision), {TPD "tpd_enable", TPD "tpd_enable"}, kOlder, "1", "0",
-        kZero, absentOn("-1"), kZero),
+    Row(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, "stale", "2041", kZero,
+        absentOn("-1"), kZero),
+    Row(OP(enableTaskPlacementDecision), same(TPD "tpd_enable"), "0", "1", kZero, absentOn("-1"),
+        kZero, kOlder),
+    Row(OP(disableTaskPlacementDecision), same(TPD "tpd_enable"), "1", "0", kZero, absentOn("-1"),
+        kZero, kOlder),
     unreached("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
               TPD "tpd_enable", kNewer, {"-1", {}}),
-    row(OP(writeUxState, "2", "1000", "1001"),
-        {"/proc/1000/task/1001/ux_state", "/proc/1000/task/1001/ux_state"}, kOlder, "0", "2", kZero,
-        absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2")),
-    row(OP(setWakeSeedThread, "1234", true, false), {kRtInfo, kRtInfo}, kNewer, "0", "1234;0;1",
+    Row(OP(writeUxState, "2", "1000", "1001"), same("/proc/1000/task/1001/ux_state"), "0", "2",
+        kZero, absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2"), kOlder),
+    Row(OP(setWakeSeedThread, "1234", true, false), same(kRtInfo), "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
-        absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234")),
+        absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234"), kNewer),
     unreached("setWakeSeedThread_oldKernel", call(&P::setWakeSeedThread, "1234", true, false),
               kRtInfo, kOlder, {"-1", {kUnsupported}}),
-    row(OP(getWakeThreadsAffinityOrdered, "1234", 3), {kWakerInfo, kWakerInfo}, kNewer,
-        "0000;2;x;4;5;6;7;8\n", "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}},
-        absentOn(kNoWaker), Outcome{kNoWaker, {Error("Failed to write handle 1234")}}),
+    Row(OP(getWakeThreadsAffinityOrdered, "1234", 3), same(kWakerInfo), "0000;2;x;4;5;6;7;8\n",
+        "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}}, absentOn(kNoWaker),
+        Outcome{kNoWaker, {Error("Failed to write handle 1234")}}, kNewer),
     unreached("getWakeThreadsAffinityOrdered_oldKernel",
               call(&P::getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
               {kNoWaker, {kUnsupported}}),
@@ -121,11 +113,6 @@ class SchedAssistTest : public NodeRootTest {
         NodeRootTest::SetUp();
         gUxSettingSwitch = -1;
     }
-    std::shared_ptr<Performance> serviceOn(const std::string& release) {
-        auto service = makeService(release);
-        clearLogs();
-        return service;
-    }
 };
 
 TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
@@ -134,7 +121,7 @@ TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
     for (const char* release : {"4.19.157", "6.1.25"}) {
         writeNode(kTgid, "0");
         writeNode(kTask, "0");
-        auto service = serviceOn(release);
+        auto service = quietService(release);
         service->setSchedAssistImptTask("au 4321");
         service->setSchedAssistImptTask("au");
         EXPECT_EQ(readNode(kTgid), "4321");
@@ -147,7 +134,7 @@ TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
     }
     makeRefusingNode(kTgid);
     // Too long for the stream's buffer, so the put itself reaches the node.
-    serviceOn("5.4.233")->setSchedAssistImptTask("au " + std::string(9000, '1'));
+    quietService("5.4.233")->setSchedAssistImptTask("au " + std::string(9000, '1'));
     EXPECT_EQ(logs(), std::vector<LogLine>{Error("zrkFailed to write " + std::string(kTgid) +
                                                  " (28): No space left on device")});
 }
@@ -163,10 +150,10 @@ int32_t uxWrite(Performance& service) {
 TEST_F(SchedAssistTest, UxSettingGatesCallersFromKernel6OnceRead) {
     writeNode(kUxTask, "0");
     writeNode(kSetting, "-1");
-    EXPECT_EQ(uxWrite(*serviceOn("5.15.78")), 0);
+    EXPECT_EQ(uxWrite(*quietService("5.15.78")), 0);
     EXPECT_EQ(readNode(kUxTask), "p 1001 2");
     writeNode(kUxTask, "0");
-    auto service = serviceOn("6.1.25");
+    auto service = quietService("6.1.25");
     // -1 is on, and makes every call ask again.
     EXPECT_EQ(uxWrite(*service), 99);
     EXPECT_EQ(readNode(kUxTask), "0");
@@ -195,7 +182,7 @@ TEST_F(SchedAssistTest, WakerRepliesBecomeRecordsInKernelOrder) {
         {two, -1, "1"},
         {"NULL", 3, kNoWaker},
         {"", 3, kNoWaker}};
-    auto service = serviceOn("5.10.66");
+    auto service = quietService("5.10.66");
     for (const auto& [reply, count, result] : kCases) {
         writeNode(kWakerInfo, reply);
         EXPECT_EQ(call(&P::getWakeThreadsAffinityOrdered, "", count)(*service), result) << reply;
@@ -208,7 +195,7 @@ TEST_F(SchedAssistTest, GovernorStopsAtTheFirstFailingPolicy) {
     };
     writeNode(node(0), "walt");
     writeNode(node(4), "walt");
-    auto service = serviceOn("5.10.66");
+    auto service = quietService("5.10.66");
     const auto governor = [&](std::vector<int32_t> policies) {
         return call(&P::setFreqGoverner, "schedutil", policies)(*service);
     };
@@ -221,7 +208,7 @@ TEST_F(SchedAssistTest, GovernorStopsAtTheFirstFailingPolicy) {
 TEST_F(SchedAssistTest, ConcurrentWakerExchangesStayWhole) {
     writeNode(kRtInfo, "0");
     writeNode(kWakerInfo, "0000;2;x;4;5;6;7;8\n");
-    auto service = serviceOn("5.10.66");
+    auto service = quietService("5.10.66");
     std::vector<std::thread> threads;
     for (int32_t id = 1000; id < 1004; ++id) {
         // Equal widths, so each write covers the one before and a read-back shows the last.
