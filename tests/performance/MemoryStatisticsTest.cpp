@@ -72,8 +72,7 @@ class MemoryStatisticsTest : public NodeRootTest {
         NodeRootTest::SetUp();
         ::vyren::quilbex::util::SetDeviceIo(std::make_shared<Driver>());
         writeNode("/dev/quilbex", "");
-        service = makeService("5.15.78");
-        clearLogs();
+        service = quietService("5.15.78");
     }
     // The result, then each record's name and pid.
     std::string query(bool byPid, const std::vector<int32_t>& ids, int flags) {

@@ -118,7 +118,7 @@ const OperationRow kDamonRows[] = {
     cold(3601, "", "", kColdRange)};
 INSTANTIATE_OPERATION_ROWS(DamonReclaim, kDamonRows);
 
-class SwapTuningTest : public NodeRootTest {};
+using SwapTuningTest = NodeRootTest;
 
 TEST_F(SwapTuningTest, MultiNodeCallsCheckThenWriteInOrder) {
     // Each node is a link to one FIFO, so what the FIFO holds afterwards is the bytes each node
@@ -138,8 +138,7 @@ TEST_F(SwapTuningTest, MultiNodeCallsCheckThenWriteInOrder) {
             ASSERT_EQ(symlink(fifo.c_str(), path(std::string(kDamon) + node).c_str()), 0);
         }
         if (absent != nullptr) makeDirectoryAt(std::string(kDamon) + absent);
-        auto service = makeService("5.15.78");
-        clearLogs();
+        auto service = quietService("5.15.78");
         EXPECT_EQ(c(*service), result);
         char bytes[64] = {};
         EXPECT_GE(read(reader, bytes, sizeof(bytes) - 1), 0);
