@@ -1,25 +1,23 @@
 #include "toy_checks.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
 
 namespace toy {
 
-using aidl::vendor::test::toy::Item;
 using aidl::vendor::test::toy::IToy;
 using aidl::vendor::test::toy::Record;
 
 void expectEveryShapeRoundTrips(IToy* proxy) {
+    const std::string label = "it\xc3\xa9m", wide = "\xe4\xb8\xad \xf0\x9f\x99\x82";
     Record record;
-    ASSERT_TRUE(proxy->makeRecord(3, "it\xc3\xa9m", &record).isOk());
+    ASSERT_TRUE(proxy->makeRecord(3, label, &record).isOk());
     EXPECT_EQ(3, record.status);
     ASSERT_EQ(3u, record.items.size());
-    EXPECT_EQ(
-        "it\xc3\xa9m"
-        "2",
-        record.items[2].label);
+    EXPECT_EQ(label + "2", record.items[2].label);
     EXPECT_EQ(4, record.items[2].value);
     EXPECT_EQ(-7, record.small);
     EXPECT_EQ(0.25f, record.ratio);
@@ -27,34 +25,30 @@ void expectEveryShapeRoundTrips(IToy* proxy) {
     EXPECT_TRUE(record.flag);
     EXPECT_EQ(u'\u00e9', record.letter);
     EXPECT_EQ((std::vector<int64_t>{INT64_MIN, -1, 0, INT64_MAX}), record.longs);
-    EXPECT_EQ((std::vector<std::string>{"", "it\xc3\xa9m", "\xf0\x9f\x99\x82"}), record.names);
+    EXPECT_EQ((std::vector<std::string>{"", label, "\xf0\x9f\x99\x82"}), record.names);
     EXPECT_FALSE(record.note.has_value());
 
     std::string text;
-    ASSERT_TRUE(proxy->echoString("\xe4\xb8\xad \xf0\x9f\x99\x82", &text).isOk());
-    EXPECT_EQ("\xe4\xb8\xad \xf0\x9f\x99\x82", text);
-
-    std::vector<int32_t> ints;
+    std::vector<int32_t> ints, identity;
+    int64_t sum = 0;
+    bool negated = true;
+    char16_t next = 0;
+    int32_t version = 0;
+    ASSERT_TRUE(proxy->echoString(wide, &text).isOk());
+    EXPECT_EQ(wide, text);
     ASSERT_TRUE(proxy->reverseInts({1, 2, 3}, &ints).isOk());
     EXPECT_EQ((std::vector<int32_t>{3, 2, 1}), ints);
-
-    int64_t sum = 0;
     ASSERT_TRUE(proxy->addLong(INT64_MAX - 1, 1, &sum).isOk());
     EXPECT_EQ(INT64_MAX, sum);
-
-    bool negated = true;
     ASSERT_TRUE(proxy->negate(true, &negated).isOk());
     EXPECT_FALSE(negated);
-
-    char16_t next = 0;
     ASSERT_TRUE(proxy->nextChar(u'a', &next).isOk());
     EXPECT_EQ(u'b', next);
-
     EXPECT_TRUE(proxy->doNothing().isOk());
-
-    int32_t version = 0;
     ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
     EXPECT_EQ(2, version);
+    ASSERT_TRUE(proxy->callerIdentity(&identity).isOk());
+    EXPECT_EQ((std::vector<int32_t>{static_cast<int32_t>(getuid()), getpid()}), identity);
 }
 
 void expectErrorsReachTheCaller(IToy* proxy) {

@@ -7,7 +7,7 @@
 
 namespace toy {
 
-// Calls every method shape and checks what comes back.
+// Calls every method shape and checks what comes back, the caller's identity included.
 void expectEveryShapeRoundTrips(aidl::vendor::test::toy::IToy* proxy);
 // Service-specific errors, exceptions and transport errors arrive as raised.
 void expectErrorsReachTheCaller(aidl::vendor::test::toy::IToy* proxy);
