@@ -125,11 +125,9 @@ Bytes frame(uint32_t magic, uint32_t code, uint32_t flags, uint32_t size,
 
 // An interface token for descriptor followed by extra int32 words and a string.
 Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
-                   const std::string& text = "") {
+                   const std::string& text = "", int32_t header = B_PACK_CHARS('V', 'N', 'D', 'R')) {
     ndk::ScopedAParcel parcel(AParcel_create());
-    for (int32_t word : {0, -1, int32_t{B_PACK_CHARS('V', 'N', 'D', 'R')}}) {
-        AParcel_writeInt32(parcel.get(), word);
-    }
+    for (int32_t word : {0, -1, header}) AParcel_writeInt32(parcel.get(), word);
     AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
     for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
     if (!text.empty()) AParcel_writeString(parcel.get(), text.data(), text.size());
@@ -229,55 +227,24 @@ TEST_F(RemoteTest, LargeCallsUpToTheFrameLimit) {
     EXPECT_TRUE(echoes("small", toy));
 }
 
-TEST_F(RemoteTest, ConcurrentThreadsShareOneProxy) {
-    std::shared_ptr<IToy> toy = serve();
+TEST_F(RemoteTest, ConcurrentThreadsShareOneProxyWithinThePoolLimit) {
+    std::shared_ptr<IToy> toy = serve(2);
     ASSERT_NE(nullptr, toy);
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
+    for (int t = 0; t < 6; ++t) {
         threads.emplace_back([&, t] {
+            int32_t woken;
+            toy->sleepMillis(200, &woken);
             for (int i = 0; i < 100; ++i) failures += !echoes(std::to_string(t * 1000 + i), toy);
         });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(0, failures.load());
-}
-
-TEST_F(RemoteTest, ConcurrentClientsPassASlowCall) {
-    std::shared_ptr<IToy> slow = serve(4);
-    std::shared_ptr<IToy> observer = connectToy();
-    ASSERT_NE(nullptr, slow);
-    ASSERT_NE(nullptr, observer);
-    auto slowCall = std::async(std::launch::async, [&] {
-        int32_t woken = 0;
-        slow->sleepMillis(60000, &woken);
-        return woken;
-    });
-    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 1; }));
-    std::vector<std::future<bool>> others;
-    for (int i = 0; i < 3; ++i)
-        others.push_back(std::async(std::launch::async, echoes, "quick", nullptr));
-    for (auto& other : others) EXPECT_TRUE(other.get());
-    // The other clients finished while the slow call was still asleep.
-    EXPECT_EQ(std::future_status::timeout, slowCall.wait_for(std::chrono::seconds(0)));
-    ASSERT_TRUE(observer->wakeSleepers().isOk());
-    EXPECT_EQ(1, slowCall.get());
-}
-
-TEST_F(RemoteTest, ThreadPoolLimitsConcurrentTransactions) {
-    std::shared_ptr<IToy> toy = serve(2);
-    ASSERT_NE(nullptr, toy);
-    std::vector<std::thread> callers;
-    for (int i = 0; i < 6; ++i) {
-        callers.emplace_back([&] {
-            int32_t woken;
-            toy->sleepMillis(200, &woken);
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
     std::vector<int32_t> stats;
     ASSERT_TRUE(toy->sleepStats(&stats).isOk());
     ASSERT_EQ(2u, stats.size());
+    // No more calls at once than the server has threads.
     EXPECT_GE(stats[1], 1);
     EXPECT_LE(stats[1], 2);
 }
@@ -321,23 +288,39 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
     }
 }
 
-TEST_F(RemoteTest, ClientKilledMidCallLeavesServerRunning) {
-    std::shared_ptr<IToy> observer = serve();
+TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall) {
+    std::shared_ptr<IToy> slow = serve(4);
+    std::shared_ptr<IToy> observer = connectToy();
+    ASSERT_NE(nullptr, slow);
     ASSERT_NE(nullptr, observer);
+    auto slowCall = std::async(std::launch::async, [&] {
+        int32_t woken = 0;
+        slow->sleepMillis(60000, &woken);
+        return woken;
+    });
     pid_t child = fork();
     ASSERT_NE(-1, child);
     if (child == 0) {
         alarm(60);
-        std::shared_ptr<IToy> toy = connectToy();
+        std::shared_ptr<IToy> toy = connectToyOnce();
         int32_t woken;
         if (toy != nullptr) toy->sleepMillis(60000, &woken);
         _exit(0);
     }
-    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 1; }));
+    ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 2; }));
+    std::vector<std::future<bool>> others;
+    for (int i = 0; i < 3; ++i) {
+        others.push_back(std::async(std::launch::async, echoes, "quick", nullptr));
+    }
+    for (auto& other : others) EXPECT_TRUE(other.get());
+    // The other clients finished while the slow call was still asleep.
+    EXPECT_EQ(std::future_status::timeout, slowCall.wait_for(std::chrono::seconds(0)));
+
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    // The woken call now replies into a closed socket.
+    // The child's woken call now replies into a closed socket.
     ASSERT_TRUE(observer->wakeSleepers().isOk());
+    EXPECT_EQ(1, slowCall.get());
     ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 0; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(100));  // let the reply go out
     EXPECT_TRUE(echoes("still here", observer));
@@ -376,6 +359,10 @@ std::vector<Malformed> malformedCases() {
         malformed("unknown_special_code", request(B_PACK_CHARS('_', 'X', 'Y', 'Z'), {}),
                   STATUS_UNKNOWN_TRANSACTION, false),
         malformed("wrong_descriptor", request(kDoNothing, tokenPayload("vendor.test.toy.IOther")),
+                  STATUS_BAD_TYPE, false),
+        malformed("system_header",
+                  request(kDoNothing,
+                          tokenPayload(IToy::descriptor, {}, "", B_PACK_CHARS('S', 'Y', 'S', 'T'))),
                   STATUS_BAD_TYPE, false),
         malformed("missing_token", request(kDoNothing, {}), STATUS_BAD_TYPE, false),
         malformed("unknown_flags", request(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false),
