@@ -4,13 +4,11 @@
 #include <aidl/vendor/test/toy/BpToy.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_interface_utils.h>
-#include <android/binder_manager.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <string>
 
-#include "temp_binder_dir.h"
 #include "toy_checks.h"
 #include "toy_service.h"
 
@@ -106,25 +104,6 @@ TEST(LocalBinderTest, BinderKeepsObjectAliveAndIsReusedWhileAlive) {
     EXPECT_NE(nullptr, second.get());
     EXPECT_EQ(1, AIBinder_debugGetRefCount(second.get()));
     EXPECT_EQ(service.get(), IToy::fromBinder(second).get());
-}
-
-TEST(LocalBinderTest, ServiceManagerRegistersAndLooksUp) {
-    TempBinderDir dir;
-    ASSERT_TRUE(dir.ok());
-    // Registrations last for the process's lifetime; keep names fresh per run.
-    static int run = 0;
-    const std::string name = std::string(IToy::descriptor) + "/local" + std::to_string(++run);
-    auto service = ndk::SharedRefBase::make<toy::ToyService>();
-    EXPECT_EQ(nullptr, AServiceManager_checkService(name.c_str()));
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), name.c_str()));
-    EXPECT_NE(EX_NONE, AServiceManager_addService(service->asBinder().get(), name.c_str()));
-    EXPECT_NE(EX_NONE, AServiceManager_addService(nullptr, "x"));
-    for (auto lookup : {AServiceManager_checkService, AServiceManager_getService,
-                        AServiceManager_waitForService}) {
-        ndk::SpAIBinder found(lookup(name.c_str()));
-        EXPECT_EQ(service->asBinder(), found);
-        EXPECT_EQ(service.get(), IToy::fromBinder(found).get());
-    }
 }
 
 }  // namespace

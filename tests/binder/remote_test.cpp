@@ -23,13 +23,11 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "temp_binder_dir.h"
 #include "toy_checks.h"
 #include "toy_service.h"
 
@@ -80,20 +78,15 @@ int32_t sleepersNow(IToy* toy) {
     return toy->sleepStats(&stats).isOk() && stats.size() == 2 ? stats[0] : -1;
 }
 
-// A proxy of its own, looked up once.
-std::shared_ptr<IToy> connectToyOnce() {
+// A proxy with a connection of its own, looked up once.
+std::shared_ptr<IToy> connect() {
     ndk::SpAIBinder binder(AServiceManager_checkService(kName.c_str()));
-    return binder.get() == nullptr ? nullptr : IToy::fromBinder(binder);
-}
-
-std::shared_ptr<IToy> connectToy() {
-    ndk::SpAIBinder binder(AServiceManager_getService(kName.c_str()));
     return binder.get() == nullptr ? nullptr : IToy::fromBinder(binder);
 }
 
 // Echoes text through toy, or through a proxy of its own.
 bool echoes(const std::string& text, std::shared_ptr<IToy> toy = nullptr) {
-    if (toy == nullptr) toy = connectToyOnce();
+    if (toy == nullptr) toy = connect();
     std::string echoed;
     return toy != nullptr && toy->echoString(text, &echoed).isOk() && echoed == text;
 }
@@ -142,13 +135,21 @@ Bytes request(uint32_t code, const Bytes& payload, uint32_t flags = 0) {
 
 class RemoteTest : public testing::Test {
   protected:
+    // A private service directory for each test.
     void SetUp() override {
-        ASSERT_TRUE(mDir.ok());
+        char pattern[] = "/tmp/binder-test-XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        mDir = pattern;
+        chmod(pattern, 0755);  // reachable by callers running under other uids
+        setenv("HOST_BINDER_DIR", pattern, 1);
         signal(SIGPIPE, SIG_IGN);
     }
 
     void TearDown() override {
         while (!mServers.empty()) stopServer(mServers.back());
+        unsetenv("HOST_BINDER_DIR");
+        std::error_code ignored;
+        std::filesystem::remove_all(mDir, ignored);
     }
 
     pid_t spawnServer(int threads = 4, const std::string& allowedUid = "") {
@@ -163,9 +164,9 @@ class RemoteTest : public testing::Test {
 
     // Starts a server, waits until it answers and returns a proxy for it.
     std::shared_ptr<IToy> serve(int threads = 4, const std::string& allowedUid = "") {
-        if (spawnServer(threads, allowedUid) <= 0) return nullptr;
-        ndk::SpAIBinder binder(AServiceManager_waitForService(kName.c_str()));
-        return binder.get() == nullptr ? nullptr : IToy::fromBinder(binder);
+        const bool up = spawnServer(threads, allowedUid) > 0 &&
+                        ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get();
+        return up ? connect() : nullptr;
     }
 
     void stopServer(pid_t pid) {
@@ -188,10 +189,10 @@ class RemoteTest : public testing::Test {
     }
 
     std::string socketPath(const std::string& fileName = kSocketName) const {
-        return mDir.path() + "/" + fileName;
+        return mDir + "/" + fileName;
     }
 
-    TempBinderDir mDir;
+    std::string mDir;
     std::vector<pid_t> mServers;
 };
 
@@ -266,7 +267,7 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
         ASSERT_NE(-1, child);
         if (child == 0) {
             alarm(30);
-            std::shared_ptr<IToy> toy = callFirstAsRoot ? connectToyOnce() : nullptr;
+            std::shared_ptr<IToy> toy = callFirstAsRoot ? connect() : nullptr;
             std::vector<int32_t> identity;
             if (callFirstAsRoot && (toy == nullptr || !toy->callerIdentity(&identity).isOk() ||
                                     identity != std::vector<int32_t>{0, getpid()})) {
@@ -276,7 +277,7 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
                 setresuid(10123, 10123, 10123) != 0) {
                 _exit(10);
             }
-            if (toy == nullptr) toy = connectToyOnce();
+            if (toy == nullptr) toy = connect();
             const bool called = toy != nullptr && toy->callerIdentity(&identity).isOk() &&
                                 identity == std::vector<int32_t>{10123, getpid()};
             _exit(called == appAllowed ? 0 : 12);
@@ -290,7 +291,7 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
 
 TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall) {
     std::shared_ptr<IToy> slow = serve(4);
-    std::shared_ptr<IToy> observer = connectToy();
+    std::shared_ptr<IToy> observer = connect();
     ASSERT_NE(nullptr, slow);
     ASSERT_NE(nullptr, observer);
     auto slowCall = std::async(std::launch::async, [&] {
@@ -302,7 +303,7 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
     ASSERT_NE(-1, child);
     if (child == 0) {
         alarm(60);
-        std::shared_ptr<IToy> toy = connectToyOnce();
+        std::shared_ptr<IToy> toy = connect();
         int32_t woken;
         if (toy != nullptr) toy->sleepMillis(60000, &woken);
         _exit(0);
@@ -514,13 +515,13 @@ TEST_F(RemoteTest, RegistrationFailsOnATakenNameOrAHeldLock) {
     EXPECT_EQ(2, exitStatusOfLastServer());
 
     stopServer(mServers.back());
-    unique_fd lock(open((mDir.path() + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    unique_fd lock(open((mDir + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
     spawnServer(1);
     EXPECT_EQ(2, exitStatusOfLastServer()) << "registration still waits for the lock";
 }
 
-TEST_F(RemoteTest, StaleSocketIsReplacedAndUnusablePathsRefused) {
+TEST_F(RemoteTest, LocalRegistrationReplacesAStaleSocketAndRefusesUnusablePaths) {
     // Registrations made in this process last for its lifetime; keep names fresh per run.
     static int run = 0;
     const std::string suffix = std::to_string(++run);
@@ -533,15 +534,21 @@ TEST_F(RemoteTest, StaleSocketIsReplacedAndUnusablePathsRefused) {
         ASSERT_EQ(0, bind(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)));
     }
     ASSERT_FALSE(rawConnect(path).ok());
+    EXPECT_EQ(nullptr, AServiceManager_checkService(name.c_str()));
     auto local = ndk::SharedRefBase::make<toy::ToyService>();
     ASSERT_EQ(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
     EXPECT_TRUE(rawConnect(path).ok());
+    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(nullptr, "x"));
     // Within the registering process the name resolves to the object itself.
-    ndk::SpAIBinder found(AServiceManager_checkService(name.c_str()));
-    EXPECT_EQ(local->asBinder(), found);
-    EXPECT_FALSE(AIBinder_isRemote(found.get()));
+    for (auto lookup : {AServiceManager_checkService, AServiceManager_getService,
+                        AServiceManager_waitForService}) {
+        ndk::SpAIBinder found(lookup(name.c_str()));
+        EXPECT_EQ(local->asBinder(), found);
+        EXPECT_EQ(local.get(), IToy::fromBinder(found).get());
+    }
 
-    std::ofstream(socketPath("plain.file")) << "not a socket";
+    ASSERT_TRUE(android::base::WriteStringToFile("not a socket", socketPath("plain.file")));
     EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "plain.file"));
     // Short as text, but every '/' takes three bytes in the file name.
     const std::string longName = std::string(40, '/');
@@ -552,8 +559,8 @@ TEST_F(RemoteTest, StaleSocketIsReplacedAndUnusablePathsRefused) {
 TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
     ASSERT_NE(nullptr, serve());
     auto local = ndk::SharedRefBase::make<toy::ToyService>();
-    const std::string link = mDir.path() + "-link";
-    ASSERT_EQ(0, symlink(mDir.path().c_str(), link.c_str()));
+    const std::string link = mDir + "-link";
+    ASSERT_EQ(0, symlink(mDir.c_str(), link.c_str()));
     // {name, mode, owner, reached through a symbolic link}
     const std::tuple<const char*, mode_t, uid_t, bool> changes[] = {
         {"group_writable", 0775, geteuid(), false},
@@ -563,14 +570,14 @@ TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
     for (const auto& [name, mode, owner, viaLink] : changes) {
         SCOPED_TRACE(name);
         if (owner == geteuid() && mode == 0755 && !viaLink) continue;  // giving away needs root
-        chmod(mDir.path().c_str(), mode);
-        ASSERT_EQ(0, chown(mDir.path().c_str(), owner, -1));
-        setenv("HOST_BINDER_DIR", (viaLink ? link : mDir.path()).c_str(), 1);
+        chmod(mDir.c_str(), mode);
+        ASSERT_EQ(0, chown(mDir.c_str(), owner, -1));
+        setenv("HOST_BINDER_DIR", (viaLink ? link : mDir).c_str(), 1);
         EXPECT_EQ(nullptr, AServiceManager_checkService(kName.c_str()));
         EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "other.name"));
-        chmod(mDir.path().c_str(), 0755);
-        ASSERT_EQ(0, chown(mDir.path().c_str(), geteuid(), -1));
-        setenv("HOST_BINDER_DIR", mDir.path().c_str(), 1);
+        chmod(mDir.c_str(), 0755);
+        ASSERT_EQ(0, chown(mDir.c_str(), geteuid(), -1));
+        setenv("HOST_BINDER_DIR", mDir.c_str(), 1);
         EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName.c_str())).get());
     }
     unlink(link.c_str());
