@@ -86,10 +86,12 @@ struct RoundTripCase {
     // Reads the value back and reports whether it matches what was written.
     std::function<bool(const AParcel*)> readMatches;
     size_t encodedSize;
+    std::vector<uint8_t> layout;  // the exact bytes, where given
 };
 
 template <typename T, typename Write, typename Read>
-RoundTripCase row(const char* name, T value, size_t encodedSize, Write write, Read read) {
+RoundTripCase row(const char* name, T value, size_t encodedSize, Write write, Read read,
+                  std::vector<uint8_t> layout = {}) {
     return {name, [=](AParcel* p) { return write(p, value); },
             [=](const AParcel* p) {
                 T out{};
@@ -98,23 +100,23 @@ RoundTripCase row(const char* name, T value, size_t encodedSize, Write write, Re
                 if constexpr (std::is_arithmetic_v<T>) return memcmp(&out, &value, sizeof(T)) == 0;
                 return out == value;
             },
-            encodedSize};
+            encodedSize, std::move(layout)};
 }
 
 template <typename T>
-RoundTripCase vec(const char* name, T value, size_t encodedSize) {
+RoundTripCase vec(const char* name, T value, size_t encodedSize, std::vector<uint8_t> layout = {}) {
     return row(
         name, value, encodedSize,
         [](AParcel* p, const T& v) { return ndk::AParcel_writeVector(p, v); },
-        [](const AParcel* p, T* v) { return ndk::AParcel_readVector(p, v); });
+        [](const AParcel* p, T* v) { return ndk::AParcel_readVector(p, v); }, std::move(layout));
 }
 
 template <typename T>
-RoundTripCase str(const char* name, T value, size_t encodedSize) {
+RoundTripCase str(const char* name, T value, size_t encodedSize, std::vector<uint8_t> layout = {}) {
     return row(
         name, value, encodedSize,
         [](AParcel* p, const T& v) { return ndk::AParcel_writeString(p, v); },
-        [](const AParcel* p, T* v) { return ndk::AParcel_readString(p, v); });
+        [](const AParcel* p, T* v) { return ndk::AParcel_readString(p, v); }, std::move(layout));
 }
 
 std::vector<RoundTripCase> roundTripCases() {
@@ -129,16 +131,18 @@ std::vector<RoundTripCase> roundTripCases() {
         row("float", -1.5f, 4, AParcel_writeFloat, AParcel_readFloat),
         row("float_nan", nan, 4, AParcel_writeFloat, AParcel_readFloat),
         row("double", 1e308, 8, AParcel_writeDouble, AParcel_readDouble),
-        row("bool", true, 4, AParcel_writeBool, AParcel_readBool),
-        row("char", u'\uffff', 4, AParcel_writeChar, AParcel_readChar),
-        row<int8_t>("byte", -128, 4, AParcel_writeByte, AParcel_readByte),
+        row("bool", true, 4, AParcel_writeBool, AParcel_readBool, words({1})),
+        row("char", u'\uffff', 4, AParcel_writeChar, AParcel_readChar, words({0xffff})),
+        row<int8_t>("byte", -128, 4, AParcel_writeByte, AParcel_readByte, words({-128})),
         str<std::string>("string_empty", "", 8),
         str<std::string>("string_ascii", "abc", 12),
         str<std::string>("string_latin1", "h\xc3\xa9llo", 16),
         str<std::string>("string_cjk", "\xe4\xb8\xad\xe6\x96\x87", 12),
-        str<std::string>("string_surrogate_pair", "\xf0\x9f\x99\x82", 12),
+        // UTF-16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
+        str<std::string>("string_surrogate_pair", "a\xf0\x9f\x99\x82", 12,
+                         words({3, 0xd83d0061, 0x0000de42})),
         str<std::string>("string_embedded_nul", std::string("a\0b", 3), 12),
-        str<OptString>("string_null", std::nullopt, 4),
+        str<OptString>("string_null", std::nullopt, 4, words({-1})),
         str<OptString>("string_optional", "x", 8),
         vec<std::vector<int32_t>>("int32_array", {1, -2, 3}, 16),
         vec<std::vector<int32_t>>("int32_array_empty", {}, 4),
@@ -149,14 +153,17 @@ std::vector<RoundTripCase> roundTripCases() {
         vec<std::vector<float>>("float_array", {0.5f, -0.0f}, 12),
         vec<std::vector<double>>("double_array", {2.5}, 12),
         vec<std::vector<bool>>("bool_array", {true, false, true}, 16),
-        vec<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12),
-        vec<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8),
+        vec<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12, words({2, 'a', 0x20ac})),
+        vec<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8, words({3, 0x0003ff01})),
         vec<std::vector<int8_t>>("byte_array_aligned", {1, 2, 3, 4}, 8),
         vec<std::vector<uint8_t>>("ubyte_array", {0xff, 0}, 8),
         vec<Strings>("string_array", {"", "ab"}, 4 + 8 + 12),
         vec<std::optional<Strings>>("string_array_null", std::nullopt, 4),
         vec<std::vector<OptString>>("nullable_string_array", {std::nullopt, "z"}, 4 + 4 + 8),
-        vec<std::vector<Item>>("parcelable_array", {Item{7, "seven", -7}, Item{}}, 4 + 36 + 28),
+        // Each element: a non-null marker, then a size counted from the size word itself.
+        vec<std::vector<Item>>("parcelable_array", {Item{1, "a", 2}}, 4 + 28,
+                               words({1, 1, 24, 1, 1, 0x61, 2, 0})),
+        vec<std::vector<Item>>("parcelable_array_two", {Item{7, "seven", -7}, Item{}}, 4 + 36 + 28),
     };
 }
 
@@ -167,10 +174,12 @@ TEST_P(ParcelRoundTripTest, ReadsBackWhatWasWritten) {
     ndk::ScopedAParcel parcel = newParcel();
     ASSERT_EQ(STATUS_OK, c.write(parcel.get()));
     EXPECT_EQ(c.encodedSize, static_cast<size_t>(AParcel_getDataSize(parcel.get())));
+    const std::vector<uint8_t> bytes = bytesOf(parcel.get());
+    EXPECT_EQ(c.layout.empty() ? bytes : c.layout, bytes);
     EXPECT_EQ(0, AParcel_getDataSize(parcel.get()) % 4);
 
     // Through a marshalled copy, as a remote peer would see it.
-    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
+    ndk::ScopedAParcel copy = parcelFrom(bytes);
     EXPECT_TRUE(c.readMatches(copy.get()));
     EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
 
@@ -184,38 +193,7 @@ INSTANTIATE_TEST_SUITE_P(Types, ParcelRoundTripTest, testing::ValuesIn(roundTrip
                              return std::string(info.param.name);
                          });
 
-TEST(ParcelEncodingTest, WireLayout) {
-    ndk::ScopedAParcel parcel = newParcel();
-    AParcel* p = parcel.get();
-    const ndk::ScopedAStatus specific =
-        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
-    // Written in order, as a braced list is evaluated.
-    const binder_status_t written[] = {
-        ndk::AParcel_writeString(p, std::string("a\xf0\x9f\x99\x82")),
-        AParcel_writeString(p, nullptr, -1),
-        AParcel_writeBool(p, true),
-        AParcel_writeChar(p, u'\u20ac'),
-        AParcel_writeByte(p, -1),
-        ndk::AParcel_writeVector(p, std::vector<int8_t>{1, 2, 3}),
-        ndk::AParcel_writeVector(p, std::vector<char16_t>{u'x'}),
-        Item{1, "a", 2}.writeToParcel(p),
-        AParcel_writeStatusHeader(p, ndk::ScopedAStatus::ok().get()),
-        AParcel_writeStatusHeader(p, specific.get())};
-    for (binder_status_t status : written) EXPECT_EQ(STATUS_OK, status);
-    EXPECT_EQ(words({// UTF-16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
-                     3, 0xd83d0061, 0x0000de42,
-                     // Null string, bool, char and byte each take a word.
-                     0xffffffff, 1, 0x20ac, 0xffffffff,
-                     // Byte arrays are packed, char arrays are not.
-                     3, 0x00030201, 1, 'x',
-                     // Non-null marker, then a size counted from the size word itself.
-                     1, 24, 1, 1, 0x61, 2, 0,
-                     // Status ok; a service-specific one with message and code.
-                     0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}),
-              bytesOf(p));
-}
-
-TEST(ParcelEncodingTest, WritesAtThePositionAndReadsFromIt) {
+TEST(ParcelTest, WritesAtThePositionAndReadsFromIt) {
     ndk::ScopedAParcel parcel = newParcel();
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 1));
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 2));
@@ -232,7 +210,7 @@ TEST(ParcelEncodingTest, WritesAtThePositionAndReadsFromIt) {
     EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(parcel.get(), &value));
 }
 
-TEST(ParcelEncodingTest, RejectsInvalidUtf8OnWrite) {
+TEST(ParcelTest, RejectsInvalidUtf8OnWrite) {
     // Never valid, overlong NUL and slash, an encoded surrogate, beyond U+10FFFF, a truncated
     // sequence and a stray continuation byte.
     for (const char* text : {"\xff", "\xc0\x80", "\xe0\x80\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
@@ -397,7 +375,7 @@ TEST_F(RecordDamageTest, CorruptedWordsAreReadOrRefusedCleanly) {
     }
 }
 
-TEST(StatusTest, AccessorsAndTransportErrorsAreNotWritten) {
+TEST(StatusTest, AccessorsAndHeaderLayout) {
     ndk::ScopedAStatus transport = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
     EXPECT_FALSE(transport.isOk());
     EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
@@ -405,10 +383,15 @@ TEST(StatusTest, AccessorsAndTransportErrorsAreNotWritten) {
     ndk::ScopedAParcel parcel = newParcel();
     EXPECT_EQ(STATUS_DEAD_OBJECT, AParcel_writeStatusHeader(parcel.get(), transport.get()));
     EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
+    // Ok, then service-specific with its message and code.
+    const ndk::ScopedAStatus specific =
+        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), ndk::ScopedAStatus::ok().get()));
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), specific.get()));
+    EXPECT_EQ(words({0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}), bytesOf(parcel.get()));
 
-    ndk::ScopedAStatus specific = ndk::ScopedAStatus::fromServiceSpecificError(3);
     EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
-    EXPECT_EQ(3, specific.getServiceSpecificError());
+    EXPECT_EQ(5, specific.getServiceSpecificError());
     EXPECT_EQ(STATUS_OK, specific.getStatus());
     ndk::ScopedAStatus exception = ndk::ScopedAStatus::fromExceptionCode(EX_NULL_POINTER);
     EXPECT_EQ(0, exception.getServiceSpecificError());
