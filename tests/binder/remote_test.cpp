@@ -91,6 +91,24 @@ bool echoes(const std::string& text, std::shared_ptr<IToy> toy = nullptr) {
     return toy != nullptr && toy->echoString(text, &echoed).isOk() && echoed == text;
 }
 
+// Whether a call through toy arrives as uid from this process.
+bool calledAs(const std::shared_ptr<IToy>& toy, int32_t uid) {
+    std::vector<int32_t> identity;
+    return toy != nullptr && toy->callerIdentity(&identity).isOk() &&
+           identity == std::vector<int32_t>{uid, getpid()};
+}
+
+// Runs body in a child process that exits with what body returns.
+template <typename Body>
+pid_t runChild(Body body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);
+        _exit(body());
+    }
+    return child;
+}
+
 sockaddr_un addressOf(const std::string& path) {
     sockaddr_un addr = {};
     addr.sun_family = AF_UNIX;
@@ -207,13 +225,8 @@ TEST_F(RemoteTest, CallsRoundTripThroughAProxy) {
     EXPECT_EQ(STATUS_OK, AIBinder_ping(binder));
     toy::expectEveryShapeRoundTrips(toy.get());
     toy::expectErrorsReachTheCaller(toy.get());
-
     // Only the served descriptor associates.
-    static AIBinder_Class* other =
-        AIBinder_Class_define("vendor.test.toy.IOther", nullptr, nullptr,
-                              [](AIBinder*, transaction_code_t, const AParcel*,
-                                 AParcel*) -> binder_status_t { return STATUS_OK; });
-    EXPECT_FALSE(AIBinder_associateClass(binder, other));
+    EXPECT_FALSE(AIBinder_associateClass(binder, toy::defineClass("vendor.test.toy.IOther")));
     EXPECT_NE(nullptr, IToy::fromBinder(toy->asBinder()));
 }
 
@@ -263,25 +276,17 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
     for (const auto& [name, allowedUid, callFirstAsRoot, appAllowed] : cases) {
         SCOPED_TRACE(name);
         ASSERT_NE(nullptr, serve(4, allowedUid));
-        pid_t child = fork();
-        ASSERT_NE(-1, child);
-        if (child == 0) {
-            alarm(30);
-            std::shared_ptr<IToy> toy = callFirstAsRoot ? connect() : nullptr;
-            std::vector<int32_t> identity;
-            if (callFirstAsRoot && (toy == nullptr || !toy->callerIdentity(&identity).isOk() ||
-                                    identity != std::vector<int32_t>{0, getpid()})) {
-                _exit(11);
-            }
-            if (setgroups(0, nullptr) != 0 || setresgid(10123, 10123, 10123) != 0 ||
-                setresuid(10123, 10123, 10123) != 0) {
-                _exit(10);
-            }
-            if (toy == nullptr) toy = connect();
-            const bool called = toy != nullptr && toy->callerIdentity(&identity).isOk() &&
-                                identity == std::vector<int32_t>{10123, getpid()};
-            _exit(called == appAllowed ? 0 : 12);
-        }
+        const pid_t child =
+            runChild([&, callFirstAsRoot = callFirstAsRoot, appAllowed = appAllowed] {
+                std::shared_ptr<IToy> toy = callFirstAsRoot ? connect() : nullptr;
+                if (callFirstAsRoot && !calledAs(toy, 0)) return 11;
+                if (setgroups(0, nullptr) != 0 || setresgid(10123, 10123, 10123) != 0 ||
+                    setresuid(10123, 10123, 10123) != 0) {
+                    return 10;
+                }
+                if (toy == nullptr) toy = connect();
+                return calledAs(toy, 10123) == appAllowed ? 0 : 12;
+            });
         int status = 0;
         ASSERT_EQ(child, waitpid(child, &status, 0));
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "10: setuid, 11: as root";
@@ -299,15 +304,11 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
         slow->sleepMillis(60000, &woken);
         return woken;
     });
-    pid_t child = fork();
-    ASSERT_NE(-1, child);
-    if (child == 0) {
-        alarm(60);
-        std::shared_ptr<IToy> toy = connect();
+    const pid_t child = runChild([] {
         int32_t woken;
-        if (toy != nullptr) toy->sleepMillis(60000, &woken);
-        _exit(0);
-    }
+        return connect()->sleepMillis(60000, &woken).isOk() ? 0 : 1;
+    });
+    ASSERT_NE(-1, child);
     ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 2; }));
     std::vector<std::future<bool>> others;
     for (int i = 0; i < 3; ++i) {

@@ -67,4 +67,10 @@ void expectErrorsReachTheCaller(IToy* proxy) {
     EXPECT_EQ(STATUS_NO_MEMORY, transport.getStatus());
 }
 
+const AIBinder_Class* defineClass(const char* descriptor) {
+    return AIBinder_Class_define(descriptor, nullptr, nullptr,
+                                 [](AIBinder*, transaction_code_t, const AParcel*,
+                                    AParcel*) -> binder_status_t { return STATUS_OK; });
+}
+
 }  // namespace toy

@@ -11,5 +11,7 @@ namespace toy {
 void expectEveryShapeRoundTrips(aidl::vendor::test::toy::IToy* proxy);
 // Service-specific errors, exceptions and transport errors arrive as raised.
 void expectErrorsReachTheCaller(aidl::vendor::test::toy::IToy* proxy);
+// A class for descriptor whose binders answer nothing. Classes live as long as the process.
+const AIBinder_Class* defineClass(const char* descriptor);
 
 }  // namespace toy
