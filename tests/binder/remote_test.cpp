@@ -125,9 +125,10 @@ unique_fd rawConnect(const std::string& path) {
     return fd;
 }
 
-Bytes frame(uint32_t magic, uint32_t code, uint32_t flags, uint32_t size,
-            const Bytes& payload = {}) {
-    const uint32_t header[] = {magic, code, flags, size};
+// A request frame; a declared size other than the payload's makes a header that lies.
+Bytes frame(uint32_t code, const Bytes& payload = {}, uint32_t flags = 0, int64_t size = -1) {
+    const uint32_t header[] = {kRequestMagic, code, flags,
+                               static_cast<uint32_t>(size < 0 ? payload.size() : size)};
     Bytes bytes(sizeof(header) + payload.size());
     memcpy(bytes.data(), header, sizeof(header));
     std::copy(payload.begin(), payload.end(), bytes.begin() + sizeof(header));
@@ -147,8 +148,31 @@ Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
     return bytes;
 }
 
-Bytes request(uint32_t code, const Bytes& payload, uint32_t flags = 0) {
-    return frame(kRequestMagic, code, flags, static_cast<uint32_t>(payload.size()), payload);
+// Sends bytes on a connection of its own, fdCount descriptors with the part from fdOffset on,
+// and expects reply (unless STATUS_OK) and then the connection closed, if closes.
+void expectRefused(const std::string& path, const char* name, const Bytes& bytes,
+                   binder_status_t reply, bool closes, bool halfClose = false, int fdCount = 0,
+                   size_t fdOffset = 0) {
+    SCOPED_TRACE(name);
+    unique_fd fd = rawConnect(path);
+    ASSERT_TRUE(fd.ok());
+    const size_t plain = fdCount == 0 ? bytes.size() : fdOffset;
+    ASSERT_TRUE(plain == 0 || send(fd.get(), bytes.data(), plain, MSG_NOSIGNAL) > 0);
+    const std::vector<int> fds(fdCount, STDIN_FILENO);
+    ASSERT_TRUE(fdCount == 0 || android::base::SendFileDescriptorVector(
+                                    fd, bytes.data() + plain, bytes.size() - plain, fds) > 0);
+    if (halfClose) shutdown(fd.get(), SHUT_WR);
+    if (reply != STATUS_OK) {
+        uint32_t header[4] = {};
+        ASSERT_EQ(ssize_t{sizeof(header)}, recv(fd.get(), header, sizeof(header), MSG_WAITALL));
+        EXPECT_EQ(kReplyMagic, header[0]);
+        EXPECT_EQ(reply, static_cast<binder_status_t>(header[1]));
+        EXPECT_EQ(0u, header[3]);
+    }
+    // Reset rather than ended when the server left bytes unread.
+    char byte;
+    const ssize_t n = closes ? recv(fd.get(), &byte, 1, 0) : 0;
+    EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
 }
 
 class RemoteTest : public testing::Test {
@@ -214,7 +238,7 @@ class RemoteTest : public testing::Test {
     std::vector<pid_t> mServers;
 };
 
-TEST_F(RemoteTest, CallsRoundTripThroughAProxy) {
+TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxy) {
     std::shared_ptr<IToy> toy = serve();
     ASSERT_NE(nullptr, toy);
     EXPECT_TRUE(std::filesystem::exists(socketPath()));
@@ -228,17 +252,29 @@ TEST_F(RemoteTest, CallsRoundTripThroughAProxy) {
     // Only the served descriptor associates.
     EXPECT_FALSE(AIBinder_associateClass(binder, toy::defineClass("vendor.test.toy.IOther")));
     EXPECT_NE(nullptr, IToy::fromBinder(toy->asBinder()));
-}
 
-TEST_F(RemoteTest, LargeCallsUpToTheFrameLimit) {
-    std::shared_ptr<IToy> toy = serve();
-    ASSERT_NE(nullptr, toy);
     // About 800 KiB as UTF-16 each way: several partial socket writes, within one frame.
     EXPECT_TRUE(echoes(std::string(400 * 1024, 'x'), toy));
     std::string echoed;
-    ndk::ScopedAStatus status = toy->echoString(std::string(600 * 1024, 'y'), &echoed);
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, status.getStatus());
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION,
+              toy->echoString(std::string(600 * 1024, 'y'), &echoed).getStatus());
     EXPECT_TRUE(echoes("small", toy));
+
+    unique_fd readEnd, writeEnd;
+    ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
+    const char* args[] = {"--verbose", "\xc3\xa9"};
+    EXPECT_EQ(STATUS_OK, toy->dump(writeEnd.get(), args, 2));
+    writeEnd.reset();
+    std::string text;
+    ASSERT_TRUE(android::base::ReadFdToString(readEnd, &text));
+    EXPECT_EQ("toy --verbose \xc3\xa9\n", text);
+
+    ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
+    readEnd.reset();
+    // The reader is gone: the write fails instead of ending the server.
+    EXPECT_EQ(STATUS_DEAD_OBJECT, toy->dump(writeEnd.get(), nullptr, 0));
+    EXPECT_TRUE(serverRunning());
+    EXPECT_TRUE(echoes("afterwards"));
 }
 
 TEST_F(RemoteTest, ConcurrentThreadsShareOneProxyWithinThePoolLimit) {
@@ -329,87 +365,41 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
     EXPECT_TRUE(serverRunning());
 }
 
-struct Malformed {
-    const char* name;
-    Bytes bytes;
-    binder_status_t reply;  // the error reply expected, or STATUS_OK for none
-    bool closes;            // whether the server then ends the connection
-    bool halfClose;         // send only these bytes and then end the stream
-    int fdCount;            // descriptors attached to the send that starts at byte fdOffset
-    size_t fdOffset;
-};
-
-Malformed malformed(const char* name, Bytes bytes, binder_status_t reply, bool closes,
-                    bool halfClose = false, int fdCount = 0, size_t fdOffset = 0) {
-    return {name, std::move(bytes), reply, closes, halfClose, fdCount, fdOffset};
-}
-
-std::vector<Malformed> malformedCases() {
-    const Bytes header = frame(kRequestMagic, kDoNothing, 0, 100);
-    Bytes truncatedPayload = header;
-    truncatedPayload.resize(header.size() + 10, 0xab);
-    const Bytes token = tokenPayload(IToy::descriptor), dumpArgs = {0, 0, 0, 0};
-    const char garbage[] = "not a binderfram";
-    return {
-        malformed("garbage", Bytes(garbage, garbage + 16), STATUS_OK, true),
-        malformed("oversized", frame(kRequestMagic, kDoNothing, 0, 2 << 20), STATUS_BAD_VALUE, true),
-        malformed("truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK, true,
-                  true),
-        malformed("truncated_payload", truncatedPayload, STATUS_OK, true, true),
-        malformed("unknown_code", request(FIRST_CALL_TRANSACTION + 1000, token),
-                  STATUS_UNKNOWN_TRANSACTION, false),
-        malformed("unknown_special_code", request(B_PACK_CHARS('_', 'X', 'Y', 'Z'), {}),
-                  STATUS_UNKNOWN_TRANSACTION, false),
-        malformed("wrong_descriptor", request(kDoNothing, tokenPayload("vendor.test.toy.IOther")),
-                  STATUS_BAD_TYPE, false),
-        malformed("system_header",
-                  request(kDoNothing,
-                          tokenPayload(IToy::descriptor, {}, "", B_PACK_CHARS('S', 'Y', 'S', 'T'))),
-                  STATUS_BAD_TYPE, false),
-        malformed("missing_token", request(kDoNothing, {}), STATUS_BAD_TYPE, false),
-        malformed("unknown_flags", request(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false),
-        malformed("dump_without_fd", request(kDump, dumpArgs), STATUS_BAD_VALUE, false),
-        malformed("absurd_array_length",
-                  request(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
-                  STATUS_BAD_VALUE, false),
-        // Only a dump's header may bring a descriptor, and only one.
-        malformed("fd_with_a_call", request(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false,
-                  false, 1, 0),
-        malformed("fd_with_payload_bytes", request(kDoNothing, token), STATUS_OK, true, false, 1,
-                  20),
-        malformed("two_fds_with_a_dump", request(kDump, dumpArgs), STATUS_OK, true, false, 2, 0),
-    };
-}
-
 TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     ASSERT_NE(nullptr, serve());
-    for (const Malformed& c : malformedCases()) {
-        SCOPED_TRACE(c.name);
-        unique_fd fd = rawConnect(socketPath());
-        ASSERT_TRUE(fd.ok());
-        const size_t plain = c.fdCount == 0 ? c.bytes.size() : c.fdOffset;
-        ASSERT_TRUE(plain == 0 || send(fd.get(), c.bytes.data(), plain, MSG_NOSIGNAL) > 0);
-        if (c.fdCount > 0) {
-            const std::vector<int> fds(c.fdCount, STDIN_FILENO);
-            ASSERT_GT(android::base::SendFileDescriptorVector(fd, c.bytes.data() + plain,
-                                                              c.bytes.size() - plain, fds),
-                      0);
-        }
-        if (c.halfClose) shutdown(fd.get(), SHUT_WR);
-        if (c.reply != STATUS_OK) {
-            uint32_t reply[4] = {};
-            ASSERT_EQ(ssize_t{sizeof(reply)}, recv(fd.get(), reply, sizeof(reply), MSG_WAITALL));
-            EXPECT_EQ(kReplyMagic, reply[0]);
-            EXPECT_EQ(c.reply, static_cast<binder_status_t>(reply[1]));
-            EXPECT_EQ(0u, reply[3]);
-        }
-        if (c.closes) {
-            // Reset rather than ended when the server left bytes unread.
-            char byte;
-            const ssize_t n = recv(fd.get(), &byte, 1, 0);
-            EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
-        }
-    }
+    const std::string path = socketPath();
+    const Bytes header = frame(kDoNothing, {}, 0, 100), token = tokenPayload(IToy::descriptor);
+    Bytes truncatedPayload = header;
+    truncatedPayload.resize(header.size() + 10, 0xab);
+    const char garbage[] = "not a binderfram";
+    expectRefused(path, "garbage", Bytes(garbage, garbage + 16), STATUS_OK, true);
+    expectRefused(path, "oversized", frame(kDoNothing, {}, 0, 2 << 20), STATUS_BAD_VALUE, true);
+    expectRefused(path, "truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK,
+                  true, true);
+    expectRefused(path, "truncated_payload", truncatedPayload, STATUS_OK, true, true);
+    expectRefused(path, "unknown_code", frame(FIRST_CALL_TRANSACTION + 1000, token),
+                  STATUS_UNKNOWN_TRANSACTION, false);
+    expectRefused(path, "unknown_special_code", frame(B_PACK_CHARS('_', 'X', 'Y', 'Z')),
+                  STATUS_UNKNOWN_TRANSACTION, false);
+    expectRefused(path, "wrong_descriptor",
+                  frame(kDoNothing, tokenPayload("vendor.test.toy.IOther")), STATUS_BAD_TYPE, false);
+    expectRefused(
+        path, "system_header",
+        frame(kDoNothing, tokenPayload(IToy::descriptor, {}, "", B_PACK_CHARS('S', 'Y', 'S', 'T'))),
+        STATUS_BAD_TYPE, false);
+    expectRefused(path, "missing_token", frame(kDoNothing), STATUS_BAD_TYPE, false);
+    expectRefused(path, "unknown_flags", frame(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false);
+    expectRefused(path, "dump_without_fd", frame(kDump, {0, 0, 0, 0}), STATUS_BAD_VALUE, false);
+    expectRefused(path, "absurd_array_length",
+                  frame(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
+                  STATUS_BAD_VALUE, false);
+    // Only a dump's header may bring a descriptor, and only one.
+    expectRefused(path, "fd_with_a_call", frame(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false,
+                  false, 1, 0);
+    expectRefused(path, "fd_with_payload_bytes", frame(kDoNothing, token), STATUS_OK, true, false,
+                  1, 20);
+    expectRefused(path, "two_fds_with_a_dump", frame(kDump, {0, 0, 0, 0}), STATUS_OK, true, false,
+                  2, 0);
     EXPECT_TRUE(echoes("fine"));
     EXPECT_TRUE(serverRunning());
 }
@@ -424,9 +414,9 @@ TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
         {"slow", 40, 16, true, false},
         {"stalled_mid_frame", 1, 26, false, false},
         {"unread_replies", 15, 0, false, true}};
-    const Bytes echoBig = request(FIRST_CALL_TRANSACTION + 1,
-                                  tokenPayload(IToy::descriptor, {}, std::string(400 << 10, 'x')));
-    Bytes partial = frame(kRequestMagic, FIRST_CALL_TRANSACTION, 0, 100);
+    const Bytes echoBig = frame(FIRST_CALL_TRANSACTION + 1,
+                                tokenPayload(IToy::descriptor, {}, std::string(400 << 10, 'x')));
+    Bytes partial = frame(FIRST_CALL_TRANSACTION, {}, 0, 100);
     partial.resize(partial.size() + 10);
     for (const auto& [name, connections, upfront, trickle, unread] : crowds) {
         SCOPED_TRACE(name);
@@ -460,26 +450,6 @@ TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
         stop = true;
         trickler.join();
     }
-}
-
-TEST_F(RemoteTest, DumpWritesItsArgumentsOrFailsOnAClosedPipe) {
-    std::shared_ptr<IToy> toy = serve();
-    ASSERT_NE(nullptr, toy);
-    unique_fd readEnd, writeEnd;
-    ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
-    const char* args[] = {"--verbose", "\xc3\xa9"};
-    EXPECT_EQ(STATUS_OK, toy->dump(writeEnd.get(), args, 2));
-    writeEnd.reset();
-    std::string text;
-    ASSERT_TRUE(android::base::ReadFdToString(readEnd, &text));
-    EXPECT_EQ("toy --verbose \xc3\xa9\n", text);
-
-    ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
-    readEnd.reset();
-    // The reader is gone: the write fails instead of ending the server.
-    EXPECT_EQ(STATUS_DEAD_OBJECT, toy->dump(writeEnd.get(), nullptr, 0));
-    EXPECT_TRUE(serverRunning());
-    EXPECT_TRUE(echoes("afterwards"));
 }
 
 TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
