@@ -322,24 +322,19 @@ binder_status_t readRecord(const AParcel* parcel) {
     return read.readFromParcel(parcel);
 }
 
-class RecordDamageTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        Record record{};
-        record.status = 3;
-        record.items = {Item{1, "one", 1}, Item{2, "\xe2\x82\xac", 2}};
-        record.name = "name";
-        record.longs = {1, 2};
-        record.names = {"a", "b"};
-        record.note = "note";
-        ndk::ScopedAParcel parcel = newParcel();
-        ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
-        full = bytesOf(parcel.get());
-    }
-    std::vector<uint8_t> full;
-};
-
-TEST_F(RecordDamageTest, EveryTruncationFailsCleanly) {
+// Word 0 of the record is the non-null marker, word 1 its size; any other word may be data, so
+// its corruption need only be refused cleanly or read as other data.
+TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
+    Record record{};
+    record.status = 3;
+    record.items = {Item{1, "one", 1}, Item{2, "\xe2\x82\xac", 2}};
+    record.name = "name";
+    record.longs = {1, 2};
+    record.names = {"a", "b"};
+    record.note = "note";
+    ndk::ScopedAParcel parcel = newParcel();
+    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    const std::vector<uint8_t> full = bytesOf(parcel.get());
     for (size_t size = 0; size < full.size(); ++size) {
         SCOPED_TRACE("prefix of " + std::to_string(size));
         ndk::ScopedAParcel truncated = parcelFrom({full.begin(), full.begin() + size});
@@ -348,11 +343,6 @@ TEST_F(RecordDamageTest, EveryTruncationFailsCleanly) {
         EXPECT_TRUE(status == STATUS_NOT_ENOUGH_DATA || (size >= 8 && status == STATUS_BAD_VALUE))
             << status;
     }
-}
-
-// Word 0 is the non-null marker, word 1 the record's size; any other word may be data, so its
-// corruption need only be refused cleanly or read as other data.
-TEST_F(RecordDamageTest, CorruptedWordsAreReadOrRefusedCleanly) {
     for (size_t offset = 0; offset + 4 <= full.size(); offset += 4) {
         for (uint32_t value : {0u, 1u, 0x7fffffffu, 0x80000000u, 0xffffffffu, 0xfffffffeu}) {
             SCOPED_TRACE("word " + std::to_string(offset / 4) + " = " + std::to_string(value));

@@ -148,33 +148,6 @@ Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
     return bytes;
 }
 
-// Sends bytes on a connection of its own, fdCount descriptors with the part from fdOffset on,
-// and expects reply (unless STATUS_OK) and then the connection closed, if closes.
-void expectRefused(const std::string& path, const char* name, const Bytes& bytes,
-                   binder_status_t reply, bool closes, bool halfClose = false, int fdCount = 0,
-                   size_t fdOffset = 0) {
-    SCOPED_TRACE(name);
-    unique_fd fd = rawConnect(path);
-    ASSERT_TRUE(fd.ok());
-    const size_t plain = fdCount == 0 ? bytes.size() : fdOffset;
-    ASSERT_TRUE(plain == 0 || send(fd.get(), bytes.data(), plain, MSG_NOSIGNAL) > 0);
-    const std::vector<int> fds(fdCount, STDIN_FILENO);
-    ASSERT_TRUE(fdCount == 0 || android::base::SendFileDescriptorVector(
-                                    fd, bytes.data() + plain, bytes.size() - plain, fds) > 0);
-    if (halfClose) shutdown(fd.get(), SHUT_WR);
-    if (reply != STATUS_OK) {
-        uint32_t header[4] = {};
-        ASSERT_EQ(ssize_t{sizeof(header)}, recv(fd.get(), header, sizeof(header), MSG_WAITALL));
-        EXPECT_EQ(kReplyMagic, header[0]);
-        EXPECT_EQ(reply, static_cast<binder_status_t>(header[1]));
-        EXPECT_EQ(0u, header[3]);
-    }
-    // Reset rather than ended when the server left bytes unread.
-    char byte;
-    const ssize_t n = closes ? recv(fd.get(), &byte, 1, 0) : 0;
-    EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
-}
-
 class RemoteTest : public testing::Test {
   protected:
     // A private service directory for each test.
@@ -232,6 +205,32 @@ class RemoteTest : public testing::Test {
 
     std::string socketPath(const std::string& fileName = kSocketName) const {
         return mDir + "/" + fileName;
+    }
+
+    // Sends bytes on a connection of its own, fdCount descriptors with the part from fdOffset on,
+    // and expects reply (unless STATUS_OK) and then the connection closed, if closes.
+    void refuse(const char* name, const Bytes& bytes, binder_status_t reply, bool closes,
+                bool halfClose = false, int fdCount = 0, size_t fdOffset = 0) {
+        SCOPED_TRACE(name);
+        unique_fd fd = rawConnect(socketPath());
+        ASSERT_TRUE(fd.ok());
+        const size_t plain = fdCount == 0 ? bytes.size() : fdOffset;
+        ASSERT_TRUE(plain == 0 || send(fd.get(), bytes.data(), plain, MSG_NOSIGNAL) > 0);
+        const std::vector<int> fds(fdCount, STDIN_FILENO);
+        ASSERT_TRUE(fdCount == 0 || android::base::SendFileDescriptorVector(
+                                        fd, bytes.data() + plain, bytes.size() - plain, fds) > 0);
+        if (halfClose) shutdown(fd.get(), SHUT_WR);
+        if (reply != STATUS_OK) {
+            uint32_t header[4] = {};
+            ASSERT_EQ(ssize_t{sizeof(header)}, recv(fd.get(), header, sizeof(header), MSG_WAITALL));
+            EXPECT_EQ(kReplyMagic, header[0]);
+            EXPECT_EQ(reply, static_cast<binder_status_t>(header[1]));
+            EXPECT_EQ(0u, header[3]);
+        }
+        // Reset rather than ended when the server left bytes unread.
+        char byte;
+        const ssize_t n = closes ? recv(fd.get(), &byte, 1, 0) : 0;
+        EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
     }
 
     std::string mDir;
@@ -367,39 +366,32 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
 
 TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     ASSERT_NE(nullptr, serve());
-    const std::string path = socketPath();
     const Bytes header = frame(kDoNothing, {}, 0, 100), token = tokenPayload(IToy::descriptor);
     Bytes truncatedPayload = header;
     truncatedPayload.resize(header.size() + 10, 0xab);
     const char garbage[] = "not a binderfram";
-    expectRefused(path, "garbage", Bytes(garbage, garbage + 16), STATUS_OK, true);
-    expectRefused(path, "oversized", frame(kDoNothing, {}, 0, 2 << 20), STATUS_BAD_VALUE, true);
-    expectRefused(path, "truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK,
-                  true, true);
-    expectRefused(path, "truncated_payload", truncatedPayload, STATUS_OK, true, true);
-    expectRefused(path, "unknown_code", frame(FIRST_CALL_TRANSACTION + 1000, token),
-                  STATUS_UNKNOWN_TRANSACTION, false);
-    expectRefused(path, "unknown_special_code", frame(B_PACK_CHARS('_', 'X', 'Y', 'Z')),
-                  STATUS_UNKNOWN_TRANSACTION, false);
-    expectRefused(path, "wrong_descriptor",
-                  frame(kDoNothing, tokenPayload("vendor.test.toy.IOther")), STATUS_BAD_TYPE, false);
-    expectRefused(
-        path, "system_header",
-        frame(kDoNothing, tokenPayload(IToy::descriptor, {}, "", B_PACK_CHARS('S', 'Y', 'S', 'T'))),
-        STATUS_BAD_TYPE, false);
-    expectRefused(path, "missing_token", frame(kDoNothing), STATUS_BAD_TYPE, false);
-    expectRefused(path, "unknown_flags", frame(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false);
-    expectRefused(path, "dump_without_fd", frame(kDump, {0, 0, 0, 0}), STATUS_BAD_VALUE, false);
-    expectRefused(path, "absurd_array_length",
-                  frame(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
-                  STATUS_BAD_VALUE, false);
+    refuse("garbage", Bytes(garbage, garbage + 16), STATUS_OK, true);
+    refuse("oversized", frame(kDoNothing, {}, 0, 2 << 20), STATUS_BAD_VALUE, true);
+    refuse("truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK, true, true);
+    refuse("truncated_payload", truncatedPayload, STATUS_OK, true, true);
+    refuse("unknown_code", frame(FIRST_CALL_TRANSACTION + 1000, token), STATUS_UNKNOWN_TRANSACTION,
+           false);
+    refuse("unknown_special_code", frame(B_PACK_CHARS('_', 'X', 'Y', 'Z')),
+           STATUS_UNKNOWN_TRANSACTION, false);
+    refuse("wrong_descriptor", frame(kDoNothing, tokenPayload("vendor.test.toy.IOther")),
+           STATUS_BAD_TYPE, false);
+    const int32_t systemHeader = B_PACK_CHARS('S', 'Y', 'S', 'T');
+    refuse("system_header", frame(kDoNothing, tokenPayload(IToy::descriptor, {}, "", systemHeader)),
+           STATUS_BAD_TYPE, false);
+    refuse("missing_token", frame(kDoNothing), STATUS_BAD_TYPE, false);
+    refuse("unknown_flags", frame(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false);
+    refuse("dump_without_fd", frame(kDump, {0, 0, 0, 0}), STATUS_BAD_VALUE, false);
+    refuse("absurd_array_length", frame(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
+           STATUS_BAD_VALUE, false);
     // Only a dump's header may bring a descriptor, and only one.
-    expectRefused(path, "fd_with_a_call", frame(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false,
-                  false, 1, 0);
-    expectRefused(path, "fd_with_payload_bytes", frame(kDoNothing, token), STATUS_OK, true, false,
-                  1, 20);
-    expectRefused(path, "two_fds_with_a_dump", frame(kDump, {0, 0, 0, 0}), STATUS_OK, true, false,
-                  2, 0);
+    refuse("fd_with_a_call", frame(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false, false, 1, 0);
+    refuse("fd_with_payload_bytes", frame(kDoNothing, token), STATUS_OK, true, false, 1, 20);
+    refuse("two_fds_with_a_dump", frame(kDump, {0, 0, 0, 0}), STATUS_OK, true, false, 2, 0);
     EXPECT_TRUE(echoes("fine"));
     EXPECT_TRUE(serverRunning());
 }
