@@ -119,7 +119,7 @@ sockaddr_un addressOf(const std::string& path) {
 unique_fd rawConnect(const std::string& path) {
     const sockaddr_un addr = addressOf(path);
     unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (connect(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
+    if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
     const timeval timeout = {20, 0};
     setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
     return fd;
@@ -334,16 +334,17 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
     std::shared_ptr<IToy> observer = connect();
     ASSERT_NE(nullptr, slow);
     ASSERT_NE(nullptr, observer);
-    auto slowCall = std::async(std::launch::async, [&] {
-        int32_t woken = 0;
-        slow->sleepMillis(60000, &woken);
-        return woken;
-    });
+    // Forked before this process starts threads of its own.
     const pid_t child = runChild([] {
         int32_t woken;
         return connect()->sleepMillis(60000, &woken).isOk() ? 0 : 1;
     });
     ASSERT_NE(-1, child);
+    auto slowCall = std::async(std::launch::async, [&] {
+        int32_t woken = 0;
+        slow->sleepMillis(60000, &woken);
+        return woken;
+    });
     ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 2; }));
     std::vector<std::future<bool>> others;
     for (int i = 0; i < 3; ++i) {
