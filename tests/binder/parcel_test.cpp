@@ -55,10 +55,6 @@ namespace {
 using aidl::vendor::test::toy::Item;
 using aidl::vendor::test::toy::Record;
 
-ndk::ScopedAParcel newParcel() {
-    return ndk::ScopedAParcel(AParcel_create());
-}
-
 std::vector<uint8_t> bytesOf(const AParcel* parcel) {
     std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
     EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
@@ -66,9 +62,14 @@ std::vector<uint8_t> bytesOf(const AParcel* parcel) {
 }
 
 ndk::ScopedAParcel parcelFrom(const std::vector<uint8_t>& bytes) {
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_OK, AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size()));
     return parcel;
+}
+
+template <typename Case>
+std::string nameOf(const testing::TestParamInfo<Case>& info) {
+    return info.param.name;
 }
 
 // Little-endian int32 words, the building blocks of hand-made parcels.
@@ -91,7 +92,7 @@ template <typename T, typename Write, typename Read>
 RoundTripCase row(const char* name, T value, size_t size, Write write, Read read,
                   std::vector<uint8_t> layout = {}) {
     return {name, [=] {
-                ndk::ScopedAParcel parcel = newParcel();
+                ndk::ScopedAParcel parcel(AParcel_create());
                 ASSERT_EQ(STATUS_OK, write(parcel.get(), value));
                 const std::vector<uint8_t> bytes = bytesOf(parcel.get());
                 EXPECT_EQ(size, bytes.size());
@@ -179,12 +180,10 @@ TEST_P(ParcelRoundTripTest, ReadsBackWhatWasWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, ParcelRoundTripTest, testing::ValuesIn(roundTripCases()),
-                         [](const testing::TestParamInfo<RoundTripCase>& info) {
-                             return std::string(info.param.name);
-                         });
+                         nameOf<RoundTripCase>);
 
 TEST(ParcelTest, WritesAtThePositionAndReadsFromIt) {
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 1));
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 2));
     ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 0));
@@ -205,11 +204,11 @@ TEST(ParcelTest, RejectsInvalidUtf8OnWrite) {
     // sequence and a stray continuation byte.
     for (const char* text : {"\xff", "\xc0\x80", "\xe0\x80\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
                              "\xe2\x82", "a\x80"}) {
-        ndk::ScopedAParcel parcel = newParcel();
+        ndk::ScopedAParcel parcel(AParcel_create());
         EXPECT_EQ(STATUS_BAD_VALUE, ndk::AParcel_writeString(parcel.get(), std::string(text)))
             << testing::PrintToString(text);
     }
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeString(parcel.get(), "abc", -2));
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, AParcel_writeString(parcel.get(), nullptr, 3));
 }
@@ -303,9 +302,7 @@ TEST_P(ParcelBadInputTest, FailsWithoutOverAllocating) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Reads, ParcelBadInputTest, testing::ValuesIn(badInputCases()),
-                         [](const testing::TestParamInfo<BadInputCase>& info) {
-                             return std::string(info.param.name);
-                         });
+                         nameOf<BadInputCase>);
 
 binder_status_t readRecord(const AParcel* parcel) {
     Record read;
@@ -322,7 +319,7 @@ TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
     record.longs = {1, 2};
     record.names = {"a", "b"};
     record.note = "note";
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
     const std::vector<uint8_t> full = bytesOf(parcel.get());
     for (size_t size = 0; size < full.size(); ++size) {
@@ -360,7 +357,7 @@ TEST(StatusTest, AccessorsAndHeaderLayout) {
     EXPECT_FALSE(transport.isOk());
     EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
     EXPECT_EQ(STATUS_DEAD_OBJECT, transport.getStatus());
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_DEAD_OBJECT, AParcel_writeStatusHeader(parcel.get(), transport.get()));
     EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
     // Ok, then service-specific with its message and code.
