@@ -367,9 +367,10 @@ TEST(StatusTest, AccessorsAndHeaderLayout) {
     ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), specific.get()));
     EXPECT_EQ(words({0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}), bytesOf(parcel.get()));
 
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
-    EXPECT_EQ(5, specific.getServiceSpecificError());
-    EXPECT_EQ(STATUS_OK, specific.getStatus());
+    ndk::ScopedAStatus bare = ndk::ScopedAStatus::fromServiceSpecificError(3);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, bare.getExceptionCode());
+    EXPECT_EQ(3, bare.getServiceSpecificError());
+    EXPECT_EQ(STATUS_OK, bare.getStatus());
     ndk::ScopedAStatus exception = ndk::ScopedAStatus::fromExceptionCode(EX_NULL_POINTER);
     EXPECT_EQ(0, exception.getServiceSpecificError());
     EXPECT_STREQ("", exception.getMessage());
