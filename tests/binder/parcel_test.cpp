@@ -18,6 +18,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "toy_service.h"
+
 // While a hostile read runs, the largest allocation it asks for.
 thread_local bool tTrackAllocations = false;
 thread_local size_t tLargestAllocation = 0;
@@ -312,12 +314,9 @@ binder_status_t readRecord(const AParcel* parcel) {
 // Word 0 of the record is the non-null marker, word 1 its size; any other word may be data, so
 // its corruption need only be refused cleanly or read as other data.
 TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
-    Record record{};
-    record.status = 3;
-    record.items = {Item{1, "one", 1}, Item{2, "\xe2\x82\xac", 2}};
-    record.name = "name";
-    record.longs = {1, 2};
-    record.names = {"a", "b"};
+    Record record;
+    ASSERT_TRUE(
+        ndk::SharedRefBase::make<toy::ToyService>()->makeRecord(2, "\xe2\x82\xac", &record).isOk());
     record.note = "note";
     ndk::ScopedAParcel parcel(AParcel_create());
     ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
