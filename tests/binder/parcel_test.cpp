@@ -18,6 +18,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "toy_checks.h"
 #include "toy_service.h"
 
 // While a hostile read runs, the largest allocation it asks for.
@@ -56,12 +57,7 @@ namespace {
 
 using aidl::vendor::test::toy::Item;
 using aidl::vendor::test::toy::Record;
-
-std::vector<uint8_t> bytesOf(const AParcel* parcel) {
-    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
-    EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
-    return bytes;
-}
+using toy::bytesOf;
 
 ndk::ScopedAParcel parcelFrom(const std::vector<uint8_t>& bytes) {
     ndk::ScopedAParcel parcel(AParcel_create());

@@ -143,9 +143,7 @@ Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
     AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
     for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
     if (!text.empty()) AParcel_writeString(parcel.get(), text.data(), text.size());
-    Bytes bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
-    AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
-    return bytes;
+    return toy::bytesOf(parcel.get());
 }
 
 class RemoteTest : public testing::Test {

@@ -13,12 +13,16 @@ namespace toy {
 using aidl::vendor::test::toy::IToy;
 using aidl::vendor::test::toy::Record;
 
+std::vector<uint8_t> bytesOf(const AParcel* parcel) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
+    return bytes;
+}
+
 std::vector<uint8_t> bytesOf(const Record& record) {
     ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
-    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
-    AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
-    return bytes;
+    return bytesOf(parcel.get());
 }
 
 void expectEveryShapeRoundTrips(IToy* proxy) {

@@ -5,7 +5,12 @@
 
 #include <aidl/vendor/test/toy/IToy.h>
 
+#include <vector>
+
 namespace toy {
+
+// The bytes a parcel marshals to.
+std::vector<uint8_t> bytesOf(const AParcel* parcel);
 
 // Calls every method shape and checks what comes back, the caller's identity included.
 void expectEveryShapeRoundTrips(aidl::vendor::test::toy::IToy* proxy);
