@@ -74,9 +74,12 @@ void expectErrorsReachTheCaller(IToy* proxy) {
 }
 
 const AIBinder_Class* defineClass(const char* descriptor) {
-    return AIBinder_Class_define(descriptor, nullptr, nullptr,
-                                 [](AIBinder*, transaction_code_t, const AParcel*,
-                                    AParcel*) -> binder_status_t { return STATUS_OK; });
+    // Reachable for the process's lifetime, as classes defined as statics are.
+    static auto* classes = new std::vector<AIBinder_Class*>();
+    classes->push_back(AIBinder_Class_define(descriptor, nullptr, nullptr,
+                                             [](AIBinder*, transaction_code_t, const AParcel*,
+                                                AParcel*) -> binder_status_t { return STATUS_OK; }));
+    return classes->back();
 }
 
 }  // namespace toy
