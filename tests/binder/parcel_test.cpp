@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -16,7 +15,11 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
+
+#include "toy_checks.h"
+#include "toy_service.h"
 
 // While a hostile read runs, the largest allocation it asks for.
 thread_local bool tTrackAllocations = false;
@@ -54,27 +57,23 @@ namespace {
 
 using aidl::vendor::test::toy::Item;
 using aidl::vendor::test::toy::Record;
-
-ndk::ScopedAParcel newParcel() {
-    return ndk::ScopedAParcel(AParcel_create());
-}
-
-std::vector<uint8_t> bytesOf(const AParcel* parcel) {
-    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
-    EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
-    return bytes;
-}
+using toy::bytesOf;
 
 ndk::ScopedAParcel parcelFrom(const std::vector<uint8_t>& bytes) {
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_OK, AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size()));
     return parcel;
 }
 
+template <typename Case>
+std::string nameOf(const testing::TestParamInfo<Case>& info) {
+    return info.param.name;
+}
+
 // Little-endian int32 words, the building blocks of hand-made parcels.
-std::vector<uint8_t> words(std::initializer_list<uint32_t> values) {
+std::vector<uint8_t> words(std::initializer_list<int64_t> values) {
     std::vector<uint8_t> bytes;
-    for (uint32_t value : values) {
+    for (int64_t value : values) {
         for (int shift = 0; shift < 32; shift += 8) bytes.push_back((value >> shift) & 0xff);
     }
     return bytes;
@@ -82,154 +81,107 @@ std::vector<uint8_t> words(std::initializer_list<uint32_t> values) {
 
 struct RoundTripCase {
     const char* name;
-    std::function<binder_status_t(AParcel*)> write;
-    // Reads the value back and reports whether it matches what was written.
-    std::function<bool(const AParcel*)> readMatches;
-    size_t encodedSize;
+    std::function<void()> check;
 };
 
-template <typename T>
-RoundTripCase scalarCase(const char* name, T value, binder_status_t (*write)(AParcel*, T),
-                         binder_status_t (*read)(const AParcel*, T*), size_t encodedSize) {
-    return {name, [=](AParcel* p) { return write(p, value); },
-            [=](const AParcel* p) {
+// Writes value, checks its size and, where given, its exact bytes, then reads it back from a
+// marshalled copy as a remote peer would see it.
+template <typename T, typename Write, typename Read>
+RoundTripCase row(const char* name, T value, size_t size, Write write, Read read,
+                  std::vector<uint8_t> layout = {}) {
+    return {name, [=] {
+                ndk::ScopedAParcel parcel(AParcel_create());
+                ASSERT_EQ(STATUS_OK, write(parcel.get(), value));
+                const std::vector<uint8_t> bytes = bytesOf(parcel.get());
+                EXPECT_EQ(size, bytes.size());
+                EXPECT_EQ(layout.empty() ? bytes : layout, bytes);
+                ndk::ScopedAParcel copy = parcelFrom(bytes);
                 T out{};
-                return read(p, &out) == STATUS_OK && memcmp(&out, &value, sizeof(T)) == 0;
-            },
-            encodedSize};
+                ASSERT_EQ(STATUS_OK, read(copy.get(), &out));
+                EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
+                if constexpr (std::is_arithmetic_v<T>) {
+                    EXPECT_EQ(0, memcmp(&out, &value, sizeof(T)));  // so that NaN matches itself
+                } else {
+                    EXPECT_EQ(value, out);
+                }
+            }};
 }
 
 template <typename T>
-RoundTripCase vectorCase(const char* name, T value, size_t encodedSize) {
-    return {name, [=](AParcel* p) { return ndk::AParcel_writeVector(p, value); },
-            [=](const AParcel* p) {
-                T out{};
-                return ndk::AParcel_readVector(p, &out) == STATUS_OK && out == value;
-            },
-            encodedSize};
+RoundTripCase vec(const char* name, T value, size_t encodedSize, std::vector<uint8_t> layout = {}) {
+    return row(
+        name, value, encodedSize,
+        [](AParcel* p, const T& v) { return ndk::AParcel_writeVector(p, v); },
+        [](const AParcel* p, T* v) { return ndk::AParcel_readVector(p, v); }, std::move(layout));
 }
 
 template <typename T>
-RoundTripCase stringCase(const char* name, T value, size_t encodedSize) {
-    return {name, [=](AParcel* p) { return ndk::AParcel_writeString(p, value); },
-            [=](const AParcel* p) {
-                T out{};
-                return ndk::AParcel_readString(p, &out) == STATUS_OK && out == value;
-            },
-            encodedSize};
+RoundTripCase str(const char* name, T value, size_t encodedSize, std::vector<uint8_t> layout = {}) {
+    return row(
+        name, value, encodedSize,
+        [](AParcel* p, const T& v) { return ndk::AParcel_writeString(p, v); },
+        [](const AParcel* p, T* v) { return ndk::AParcel_readString(p, v); }, std::move(layout));
 }
 
 std::vector<RoundTripCase> roundTripCases() {
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    Item item{7, "seven", -7};
+    using OptString = std::optional<std::string>;
+    using Strings = std::vector<std::string>;
     return {
-        scalarCase<int32_t>("int32", INT32_MIN, AParcel_writeInt32, AParcel_readInt32, 4),
-        scalarCase<uint32_t>("uint32", UINT32_MAX, AParcel_writeUint32, AParcel_readUint32, 4),
-        scalarCase<int64_t>("int64", INT64_MIN, AParcel_writeInt64, AParcel_readInt64, 8),
-        scalarCase<uint64_t>("uint64", UINT64_MAX, AParcel_writeUint64, AParcel_readUint64, 8),
-        scalarCase<float>("float", -1.5f, AParcel_writeFloat, AParcel_readFloat, 4),
-        scalarCase<float>("float_nan", nan, AParcel_writeFloat, AParcel_readFloat, 4),
-        scalarCase<double>("double", 1e308, AParcel_writeDouble, AParcel_readDouble, 8),
-        scalarCase<bool>("bool", true, AParcel_writeBool, AParcel_readBool, 4),
-        scalarCase<char16_t>("char", u'\uffff', AParcel_writeChar, AParcel_readChar, 4),
-        scalarCase<int8_t>("byte", -128, AParcel_writeByte, AParcel_readByte, 4),
-        stringCase<std::string>("string_empty", "", 8),
-        stringCase<std::string>("string_ascii", "abc", 12),
-        stringCase<std::string>("string_latin1", "h\xc3\xa9llo", 16),
-        stringCase<std::string>("string_cjk", "\xe4\xb8\xad\xe6\x96\x87", 12),
-        stringCase<std::string>("string_surrogate_pair", "\xf0\x9f\x99\x82", 12),
-        stringCase<std::string>("string_embedded_nul", std::string("a\0b", 3), 12),
-        stringCase<std::optional<std::string>>("string_null", std::nullopt, 4),
-        stringCase<std::optional<std::string>>("string_optional", "x", 8),
-        vectorCase<std::vector<int32_t>>("int32_array", {1, -2, 3}, 16),
-        vectorCase<std::vector<int32_t>>("int32_array_empty", {}, 4),
-        vectorCase<std::optional<std::vector<int32_t>>>("int32_array_null", std::nullopt, 4),
-        vectorCase<std::vector<uint32_t>>("uint32_array", {UINT32_MAX}, 8),
-        vectorCase<std::vector<int64_t>>("int64_array", {INT64_MAX, 0}, 20),
-        vectorCase<std::vector<uint64_t>>("uint64_array", {1}, 12),
-        vectorCase<std::vector<float>>("float_array", {0.5f, -0.0f}, 12),
-        vectorCase<std::vector<double>>("double_array", {2.5}, 12),
-        vectorCase<std::vector<bool>>("bool_array", {true, false, true}, 16),
-        vectorCase<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12),
-        vectorCase<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8),
-        vectorCase<std::vector<int8_t>>("byte_array_aligned", {1, 2, 3, 4}, 8),
-        vectorCase<std::vector<uint8_t>>("ubyte_array", {0xff, 0}, 8),
-        vectorCase<std::vector<std::string>>("string_array", {"", "ab"}, 4 + 8 + 12),
-        vectorCase<std::optional<std::vector<std::string>>>("string_array_null", std::nullopt, 4),
-        vectorCase<std::vector<std::optional<std::string>>>("nullable_string_array",
-                                                            {std::nullopt, "z"}, 4 + 4 + 8),
-        vectorCase<std::vector<Item>>("parcelable_array", {item, Item{}}, 4 + 36 + 28),
+        row("int32", INT32_MIN, 4, AParcel_writeInt32, AParcel_readInt32),
+        row("uint32", UINT32_MAX, 4, AParcel_writeUint32, AParcel_readUint32),
+        row<int64_t>("int64", INT64_MIN, 8, AParcel_writeInt64, AParcel_readInt64),
+        row<uint64_t>("uint64", UINT64_MAX, 8, AParcel_writeUint64, AParcel_readUint64),
+        row("float", -1.5f, 4, AParcel_writeFloat, AParcel_readFloat),
+        row("float_nan", nan, 4, AParcel_writeFloat, AParcel_readFloat),
+        row("double", 1e308, 8, AParcel_writeDouble, AParcel_readDouble),
+        row("bool", true, 4, AParcel_writeBool, AParcel_readBool, words({1})),
+        row("char", u'\uffff', 4, AParcel_writeChar, AParcel_readChar, words({0xffff})),
+        row<int8_t>("byte", -128, 4, AParcel_writeByte, AParcel_readByte, words({-128})),
+        str<std::string>("string_empty", "", 8),
+        str<std::string>("string_ascii", "abc", 12),
+        str<std::string>("string_latin1", "h\xc3\xa9llo", 16),
+        str<std::string>("string_cjk", "\xe4\xb8\xad\xe6\x96\x87", 12),
+        // UTF-16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
+        str<std::string>("string_surrogate_pair", "a\xf0\x9f\x99\x82", 12,
+                         words({3, 0xd83d0061, 0x0000de42})),
+        str<std::string>("string_embedded_nul", std::string("a\0b", 3), 12),
+        str<OptString>("string_null", std::nullopt, 4, words({-1})),
+        str<OptString>("string_optional", "x", 8),
+        vec<std::vector<int32_t>>("int32_array", {1, -2, 3}, 16),
+        vec<std::vector<int32_t>>("int32_array_empty", {}, 4),
+        vec<std::optional<std::vector<int32_t>>>("int32_array_null", std::nullopt, 4),
+        vec<std::vector<uint32_t>>("uint32_array", {UINT32_MAX}, 8),
+        vec<std::vector<int64_t>>("int64_array", {INT64_MAX, 0}, 20),
+        vec<std::vector<uint64_t>>("uint64_array", {1}, 12),
+        vec<std::vector<float>>("float_array", {0.5f, -0.0f}, 12),
+        vec<std::vector<double>>("double_array", {2.5}, 12),
+        vec<std::vector<bool>>("bool_array", {true, false, true}, 16),
+        vec<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12, words({2, 'a', 0x20ac})),
+        vec<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8, words({3, 0x0003ff01})),
+        vec<std::vector<int8_t>>("byte_array_aligned", {1, 2, 3, 4}, 8),
+        vec<std::vector<uint8_t>>("ubyte_array", {0xff, 0}, 8),
+        vec<Strings>("string_array", {"", "ab"}, 4 + 8 + 12),
+        vec<std::optional<Strings>>("string_array_null", std::nullopt, 4),
+        vec<std::vector<OptString>>("nullable_string_array", {std::nullopt, "z"}, 4 + 4 + 8),
+        // Each element: a non-null marker, then a size counted from the size word itself.
+        vec<std::vector<Item>>("parcelable_array", {Item{1, "a", 2}}, 4 + 28,
+                               words({1, 1, 24, 1, 1, 0x61, 2, 0})),
+        vec<std::vector<Item>>("parcelable_array_two", {Item{7, "seven", -7}, Item{}}, 4 + 36 + 28),
     };
 }
 
 class ParcelRoundTripTest : public testing::TestWithParam<RoundTripCase> {};
 
 TEST_P(ParcelRoundTripTest, ReadsBackWhatWasWritten) {
-    const RoundTripCase& c = GetParam();
-    ndk::ScopedAParcel parcel = newParcel();
-    ASSERT_EQ(STATUS_OK, c.write(parcel.get()));
-    EXPECT_EQ(c.encodedSize, static_cast<size_t>(AParcel_getDataSize(parcel.get())));
-    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()) % 4);
-
-    // Through a marshalled copy, as a remote peer would see it.
-    ndk::ScopedAParcel copy = parcelFrom(bytesOf(parcel.get()));
-    EXPECT_TRUE(c.readMatches(copy.get()));
-    EXPECT_EQ(AParcel_getDataSize(copy.get()), AParcel_getDataPosition(copy.get()));
-
-    // Nothing left: a second read runs out of data.
-    int32_t extra;
-    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(copy.get(), &extra));
+    GetParam().check();
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, ParcelRoundTripTest, testing::ValuesIn(roundTripCases()),
-                         [](const testing::TestParamInfo<RoundTripCase>& info) {
-                             return std::string(info.param.name);
-                         });
+                         nameOf<RoundTripCase>);
 
-TEST(ParcelEncodingTest, WireLayout) {
-    const ndk::ScopedAStatus specific =
-        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
-    const std::tuple<const char*, std::function<binder_status_t(AParcel*)>, std::vector<uint8_t>>
-        layouts[] = {
-            // UTF-16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
-            {"string",
-             [](AParcel* p) { return ndk::AParcel_writeString(p, std::string("a\xf0\x9f\x99\x82")); },
-             words({3, 0xd83d0061, 0x0000de42})},
-            {"null_string", [](AParcel* p) { return AParcel_writeString(p, nullptr, -1); },
-             words({0xffffffff})},
-            {"bool", [](AParcel* p) { return AParcel_writeBool(p, true); }, words({1})},
-            {"char", [](AParcel* p) { return AParcel_writeChar(p, u'\u20ac'); }, words({0x20ac})},
-            {"byte", [](AParcel* p) { return AParcel_writeByte(p, -1); }, words({0xffffffff})},
-            {"byte_array",
-             [](AParcel* p) {
-                 return ndk::AParcel_writeVector(p, std::vector<int8_t>{1, 2, 3});
-             },
-             words({3, 0x00030201})},
-            {"char_array",
-             [](AParcel* p) { return ndk::AParcel_writeVector(p, std::vector<char16_t>{u'x'}); },
-             words({1, 'x'})},
-            // Non-null marker, then a size counted from the size word itself.
-            {"parcelable",
-             [](AParcel* p) {
-                 return Item{1, "a", 2}.writeToParcel(p);
-             },
-             words({1, 24, 1, 1, 0x61, 2, 0})},
-            {"status_ok",
-             [](AParcel* p) { return AParcel_writeStatusHeader(p, ndk::ScopedAStatus::ok().get()); },
-             words({0})},
-            {"status_service_specific",
-             [&](AParcel* p) { return AParcel_writeStatusHeader(p, specific.get()); },
-             words({static_cast<uint32_t>(EX_SERVICE_SPECIFIC), 1, 0x6d, 0, 5})},
-        };
-    for (const auto& [name, write, bytes] : layouts) {
-        ndk::ScopedAParcel parcel = newParcel();
-        ASSERT_EQ(STATUS_OK, write(parcel.get())) << name;
-        EXPECT_EQ(bytes, bytesOf(parcel.get())) << name;
-    }
-}
-
-TEST(ParcelEncodingTest, WritesAtThePositionAndReadsFromIt) {
-    ndk::ScopedAParcel parcel = newParcel();
+TEST(ParcelTest, WritesAtThePositionAndReadsFromIt) {
+    ndk::ScopedAParcel parcel(AParcel_create());
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 1));
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 2));
     ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 0));
@@ -245,22 +197,16 @@ TEST(ParcelEncodingTest, WritesAtThePositionAndReadsFromIt) {
     EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(parcel.get(), &value));
 }
 
-TEST(ParcelEncodingTest, RejectsInvalidUtf8OnWrite) {
-    const std::string invalid[] = {
-        "\xff",              // never valid
-        "\xc0\x80",          // overlong NUL
-        "\xe0\x80\xaf",      // overlong slash
-        "\xed\xa0\x80",      // encoded surrogate
-        "\xf4\x90\x80\x80",  // beyond U+10FFFF
-        "\xe2\x82",          // truncated sequence
-        "a\x80",             // stray continuation byte
-    };
-    for (const std::string& text : invalid) {
-        ndk::ScopedAParcel parcel = newParcel();
-        EXPECT_EQ(STATUS_BAD_VALUE, ndk::AParcel_writeString(parcel.get(), text))
+TEST(ParcelTest, RejectsInvalidUtf8OnWrite) {
+    // Never valid, overlong NUL and slash, an encoded surrogate, beyond U+10FFFF, a truncated
+    // sequence and a stray continuation byte.
+    for (const char* text : {"\xff", "\xc0\x80", "\xe0\x80\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
+                             "\xe2\x82", "a\x80"}) {
+        ndk::ScopedAParcel parcel(AParcel_create());
+        EXPECT_EQ(STATUS_BAD_VALUE, ndk::AParcel_writeString(parcel.get(), std::string(text)))
             << testing::PrintToString(text);
     }
-    ndk::ScopedAParcel parcel = newParcel();
+    ndk::ScopedAParcel parcel(AParcel_create());
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeString(parcel.get(), "abc", -2));
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, AParcel_writeString(parcel.get(), nullptr, 3));
 }
@@ -272,49 +218,30 @@ struct BadInputCase {
     binder_status_t expected;
 };
 
+// The status of reading a T with read; the value is dropped.
+template <typename T, binder_status_t (*read)(const AParcel*, T*)>
+binder_status_t readOne(const AParcel* p) {
+    T value{};
+    return read(p, &value);
+}
+
+binder_status_t readStatus(const AParcel* p) {
+    AStatus* status = nullptr;
+    const binder_status_t result = AParcel_readStatusHeader(p, &status);
+    AStatus_delete(status);
+    return result;
+}
+
 std::vector<BadInputCase> badInputCases() {
-    auto readInt32 = [](const AParcel* p) {
-        int32_t v;
-        return AParcel_readInt32(p, &v);
-    };
-    auto readInt64 = [](const AParcel* p) {
-        int64_t v;
-        return AParcel_readInt64(p, &v);
-    };
-    auto readStatus = [](const AParcel* p) {
-        AStatus* status = nullptr;
-        binder_status_t result = AParcel_readStatusHeader(p, &status);
-        AStatus_delete(status);
-        return result;
-    };
-    auto readStrings = [](const AParcel* p) {
-        std::vector<std::string> v;
-        return ndk::AParcel_readVector(p, &v);
-    };
-    auto readString = [](const AParcel* p) {
-        std::string v;
-        return ndk::AParcel_readString(p, &v);
-    };
-    auto readInts = [](const AParcel* p) {
-        std::vector<int32_t> v;
-        return ndk::AParcel_readVector(p, &v);
-    };
-    auto readBools = [](const AParcel* p) {
-        std::vector<bool> v;
-        return ndk::AParcel_readVector(p, &v);
-    };
-    auto readItems = [](const AParcel* p) {
-        std::vector<Item> v;
-        return ndk::AParcel_readVector(p, &v);
-    };
-    auto readBinder = [](const AParcel* p) {
-        ndk::SpAIBinder binder;
-        return AParcel_readStrongBinder(p, binder.getR());
-    };
-    auto readBytes = [](const AParcel* p) {
-        std::vector<int8_t> v;
-        return ndk::AParcel_readVector(p, &v);
-    };
+    const auto readInt32 = readOne<int32_t, AParcel_readInt32>;
+    const auto readInt64 = readOne<int64_t, AParcel_readInt64>;
+    const auto readString = readOne<std::string, ndk::AParcel_readString>;
+    const auto readInts = readOne<std::vector<int32_t>, ndk::AParcel_readVector>;
+    const auto readBytes = readOne<std::vector<int8_t>, ndk::AParcel_readVector>;
+    const auto readBools = readOne<std::vector<bool>, ndk::AParcel_readVector>;
+    const auto readStrings = readOne<std::vector<std::string>, ndk::AParcel_readVector>;
+    const auto readItems = readOne<std::vector<Item>, ndk::AParcel_readVector>;
+    const auto readBinder = readOne<AIBinder*, AParcel_readStrongBinder>;
     return {
         {"int32_empty", {}, readInt32, STATUS_NOT_ENOUGH_DATA},
         {"int32_partial", {1, 2}, readInt32, STATUS_NOT_ENOUGH_DATA},
@@ -337,16 +264,13 @@ std::vector<BadInputCase> badInputCases() {
         {"string_array_bad_element", words({2, 0xfffffff0}), readStrings, STATUS_BAD_VALUE},
         {"parcelable_array_huge", words({0x7ffffff0, 1}), readItems, STATUS_BAD_VALUE},
         {"parcelable_array_null_element", words({1, 0, 4}), readItems, STATUS_UNEXPECTED_NULL},
-        {"status_truncated_message", words({static_cast<uint32_t>(EX_ILLEGAL_STATE), 5}),
-         readStatus, STATUS_BAD_VALUE},
-        {"status_missing_service_code",
-         words({static_cast<uint32_t>(EX_SERVICE_SPECIFIC), 0xffffffff, 0}), readStatus,
+        {"status_truncated_message", words({EX_ILLEGAL_STATE, 5}), readStatus, STATUS_BAD_VALUE},
+        {"status_missing_service_code", words({EX_SERVICE_SPECIFIC, 0xffffffff, 0}), readStatus,
          STATUS_NOT_ENOUGH_DATA},
-        {"status_negative_stack_trace",
-         words({static_cast<uint32_t>(EX_SECURITY), 0xffffffff, 0xfffffff0}), readStatus,
+        {"status_negative_stack_trace", words({EX_SECURITY, 0xffffffff, 0xfffffff0}), readStatus,
          STATUS_BAD_VALUE},
-        {"status_reply_header_too_big", words({static_cast<uint32_t>(EX_HAS_REPLY_HEADER), 400}),
-         readStatus, STATUS_BAD_VALUE},
+        {"status_reply_header_too_big", words({EX_HAS_REPLY_HEADER, 400}), readStatus,
+         STATUS_BAD_VALUE},
         {"binder_unknown_kind", words({7}), readBinder, STATUS_BAD_VALUE},
         {"binder_index_without_object", words({1, 0}), readBinder, STATUS_BAD_VALUE},
     };
@@ -376,51 +300,33 @@ TEST_P(ParcelBadInputTest, FailsWithoutOverAllocating) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Reads, ParcelBadInputTest, testing::ValuesIn(badInputCases()),
-                         [](const testing::TestParamInfo<BadInputCase>& info) {
-                             return std::string(info.param.name);
-                         });
-
-Record sampleRecord() {
-    Record record{};
-    record.status = 3;
-    record.items = {Item{1, "one", 1}, Item{2, "\xe2\x82\xac", 2}};
-    record.name = "name";
-    record.longs = {1, 2};
-    record.names = {"a", "b"};
-    record.note = "note";
-    return record;
-}
+                         nameOf<BadInputCase>);
 
 binder_status_t readRecord(const AParcel* parcel) {
     Record read;
     return read.readFromParcel(parcel);
 }
 
-TEST(ParcelBadInputTest, EveryTruncationOfARecordFailsCleanly) {
-    ndk::ScopedAParcel parcel = newParcel();
-    ASSERT_EQ(STATUS_OK, sampleRecord().writeToParcel(parcel.get()));
+// Word 0 of the record is the non-null marker, word 1 its size; any other word may be data, so
+// its corruption need only be refused cleanly or read as other data.
+TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
+    Record record;
+    ASSERT_TRUE(
+        ndk::SharedRefBase::make<toy::ToyService>()->makeRecord(2, "\xe2\x82\xac", &record).isOk());
+    record.note = "note";
+    ndk::ScopedAParcel parcel(AParcel_create());
+    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
     const std::vector<uint8_t> full = bytesOf(parcel.get());
     for (size_t size = 0; size < full.size(); ++size) {
         SCOPED_TRACE("prefix of " + std::to_string(size));
         ndk::ScopedAParcel truncated = parcelFrom({full.begin(), full.begin() + size});
         const binder_status_t status = readRecord(truncated.get());
         // Without its size word the record reports missing data, never a size it did not read.
-        if (size < 8) {
-            EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, status);
-        }
-        EXPECT_TRUE(status == STATUS_NOT_ENOUGH_DATA || status == STATUS_BAD_VALUE) << status;
+        EXPECT_TRUE(status == STATUS_NOT_ENOUGH_DATA || (size >= 8 && status == STATUS_BAD_VALUE))
+            << status;
     }
-}
-
-// Word 0 is the non-null marker, word 1 the record's size; any other word may be data, so its
-// corruption need only be refused cleanly or read as other data.
-TEST(ParcelBadInputTest, CorruptedWordsAreReadOrRefusedCleanly) {
-    ndk::ScopedAParcel parcel = newParcel();
-    ASSERT_EQ(STATUS_OK, sampleRecord().writeToParcel(parcel.get()));
-    const std::vector<uint8_t> full = bytesOf(parcel.get());
-    const uint32_t nasty[] = {0, 1, 0x7fffffff, 0x80000000, 0xffffffff, 0xfffffffe};
     for (size_t offset = 0; offset + 4 <= full.size(); offset += 4) {
-        for (uint32_t value : nasty) {
+        for (uint32_t value : {0u, 1u, 0x7fffffffu, 0x80000000u, 0xffffffffu, 0xfffffffeu}) {
             SCOPED_TRACE("word " + std::to_string(offset / 4) + " = " + std::to_string(value));
             std::vector<uint8_t> corrupted = full;
             memcpy(&corrupted[offset], &value, sizeof(value));
@@ -441,28 +347,28 @@ TEST(ParcelBadInputTest, CorruptedWordsAreReadOrRefusedCleanly) {
     }
 }
 
-TEST(StatusHeaderTest, TransportErrorsAreNotWritten) {
-    ndk::ScopedAParcel parcel = newParcel();
-    ndk::ScopedAStatus status = ndk::ScopedAStatus::fromStatus(STATUS_NO_MEMORY);
-    EXPECT_EQ(STATUS_NO_MEMORY, AParcel_writeStatusHeader(parcel.get(), status.get()));
-    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
-}
-
-TEST(StatusTest, Accessors) {
+TEST(StatusTest, AccessorsAndHeaderLayout) {
     ndk::ScopedAStatus transport = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
     EXPECT_FALSE(transport.isOk());
     EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
     EXPECT_EQ(STATUS_DEAD_OBJECT, transport.getStatus());
+    ndk::ScopedAParcel parcel(AParcel_create());
+    EXPECT_EQ(STATUS_DEAD_OBJECT, AParcel_writeStatusHeader(parcel.get(), transport.get()));
+    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
+    // Ok, then service-specific with its message and code.
+    const ndk::ScopedAStatus specific =
+        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), ndk::ScopedAStatus::ok().get()));
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), specific.get()));
+    EXPECT_EQ(words({0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}), bytesOf(parcel.get()));
 
-    ndk::ScopedAStatus specific = ndk::ScopedAStatus::fromServiceSpecificError(3);
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
-    EXPECT_EQ(3, specific.getServiceSpecificError());
-    EXPECT_EQ(STATUS_OK, specific.getStatus());
-
+    ndk::ScopedAStatus bare = ndk::ScopedAStatus::fromServiceSpecificError(3);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, bare.getExceptionCode());
+    EXPECT_EQ(3, bare.getServiceSpecificError());
+    EXPECT_EQ(STATUS_OK, bare.getStatus());
     ndk::ScopedAStatus exception = ndk::ScopedAStatus::fromExceptionCode(EX_NULL_POINTER);
     EXPECT_EQ(0, exception.getServiceSpecificError());
     EXPECT_STREQ("", exception.getMessage());
-
     EXPECT_TRUE(ndk::ScopedAStatus::fromStatus(STATUS_OK).isOk());
     EXPECT_TRUE(ndk::ScopedAStatus::fromExceptionCode(EX_NONE).isOk());
     EXPECT_FALSE(ndk::ScopedAStatus().isOk());

@@ -1,60 +1,60 @@
 #include "toy_checks.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
 
+#include "toy_service.h"
+
 namespace toy {
 
-using aidl::vendor::test::toy::Item;
 using aidl::vendor::test::toy::IToy;
 using aidl::vendor::test::toy::Record;
 
+std::vector<uint8_t> bytesOf(const AParcel* parcel) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    EXPECT_EQ(STATUS_OK, AParcel_marshal(parcel, bytes.data(), 0, bytes.size()));
+    return bytes;
+}
+
+std::vector<uint8_t> bytesOf(const Record& record) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    EXPECT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    return bytesOf(parcel.get());
+}
+
 void expectEveryShapeRoundTrips(IToy* proxy) {
-    Record record;
-    ASSERT_TRUE(proxy->makeRecord(3, "it\xc3\xa9m", &record).isOk());
-    EXPECT_EQ(3, record.status);
-    ASSERT_EQ(3u, record.items.size());
-    EXPECT_EQ(
-        "it\xc3\xa9m"
-        "2",
-        record.items[2].label);
-    EXPECT_EQ(4, record.items[2].value);
-    EXPECT_EQ(-7, record.small);
-    EXPECT_EQ(0.25f, record.ratio);
-    EXPECT_EQ(1e-300, record.precise);
-    EXPECT_TRUE(record.flag);
-    EXPECT_EQ(u'\u00e9', record.letter);
-    EXPECT_EQ((std::vector<int64_t>{INT64_MIN, -1, 0, INT64_MAX}), record.longs);
-    EXPECT_EQ((std::vector<std::string>{"", "it\xc3\xa9m", "\xf0\x9f\x99\x82"}), record.names);
-    EXPECT_FALSE(record.note.has_value());
+    const std::string label = "it\xc3\xa9m", wide = "\xe4\xb8\xad \xf0\x9f\x99\x82";
+    Record record, expected;
+    ASSERT_TRUE(proxy->makeRecord(3, label, &record).isOk());
+    // Every field, compared as the bytes the record marshals to.
+    ndk::SharedRefBase::make<ToyService>()->makeRecord(3, label, &expected);
+    EXPECT_EQ(bytesOf(expected), bytesOf(record));
+    EXPECT_EQ(3u, record.items.size());
 
     std::string text;
-    ASSERT_TRUE(proxy->echoString("\xe4\xb8\xad \xf0\x9f\x99\x82", &text).isOk());
-    EXPECT_EQ("\xe4\xb8\xad \xf0\x9f\x99\x82", text);
-
-    std::vector<int32_t> ints;
+    std::vector<int32_t> ints, identity;
+    int64_t sum = 0;
+    bool negated = true;
+    char16_t next = 0;
+    int32_t version = 0;
+    ASSERT_TRUE(proxy->echoString(wide, &text).isOk());
+    EXPECT_EQ(wide, text);
     ASSERT_TRUE(proxy->reverseInts({1, 2, 3}, &ints).isOk());
     EXPECT_EQ((std::vector<int32_t>{3, 2, 1}), ints);
-
-    int64_t sum = 0;
     ASSERT_TRUE(proxy->addLong(INT64_MAX - 1, 1, &sum).isOk());
     EXPECT_EQ(INT64_MAX, sum);
-
-    bool negated = true;
     ASSERT_TRUE(proxy->negate(true, &negated).isOk());
     EXPECT_FALSE(negated);
-
-    char16_t next = 0;
     ASSERT_TRUE(proxy->nextChar(u'a', &next).isOk());
     EXPECT_EQ(u'b', next);
-
     EXPECT_TRUE(proxy->doNothing().isOk());
-
-    int32_t version = 0;
     ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
     EXPECT_EQ(2, version);
+    ASSERT_TRUE(proxy->callerIdentity(&identity).isOk());
+    EXPECT_EQ((std::vector<int32_t>{static_cast<int32_t>(getuid()), getpid()}), identity);
 }
 
 void expectErrorsReachTheCaller(IToy* proxy) {
@@ -71,6 +71,15 @@ void expectErrorsReachTheCaller(IToy* proxy) {
     ndk::ScopedAStatus transport = proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused);
     EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
     EXPECT_EQ(STATUS_NO_MEMORY, transport.getStatus());
+}
+
+const AIBinder_Class* defineClass(const char* descriptor) {
+    // Reachable for the process's lifetime, as classes defined as statics are.
+    static auto* classes = new std::vector<AIBinder_Class*>();
+    classes->push_back(AIBinder_Class_define(descriptor, nullptr, nullptr,
+                                             [](AIBinder*, transaction_code_t, const AParcel*,
+                                                AParcel*) -> binder_status_t { return STATUS_OK; }));
+    return classes->back();
 }
 
 }  // namespace toy

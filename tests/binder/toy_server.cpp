@@ -7,17 +7,13 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "host_binder.h"
 #include "toy_service.h"
 
 int main(int argc, char** argv) {
-    if (argc != 3 && argc != 4) {
-        fprintf(stderr, "usage: %s <instance> <max threads> [<uid allowed to call>]\n", argv[0]);
-        return 1;
-    }
+    if (argc != 3 && argc != 4) return 1;
     if (argc == 4) {
         const auto uid = static_cast<uid_t>(strtoul(argv[3], nullptr, 10));
         host_binder::allowCallerUids(uid, uid);
