@@ -44,13 +44,6 @@ class TestService : public Performance {
         calls.push_back("clearTaskTrackGroup " + std::to_string(group));
         return ScopedAStatus::ok();
     }
-    ScopedAStatus setFreqGoverner(const std::string& governor, const std::vector<int32_t>& policies,
-                                  int32_t* ret) override {
-        calls.push_back("setFreqGoverner " + governor);
-        for (const int32_t policy : policies) calls.back() += " " + std::to_string(policy);
-        *ret = static_cast<int32_t>(policies.size());
-        return ScopedAStatus::ok();
-    }
     ScopedAStatus readVersion(std::string* ret) override {
         *ret = kStringResult;
         return ScopedAStatus::ok();
@@ -128,7 +121,7 @@ TEST_F(CliTest, ListPrintsEveryOperationOnItsOwnLine) {
     const std::vector<std::string> lines = android::base::Split(outcome.out, "\n");
     ASSERT_EQ(lines.size(), Operations().size + 1);  // the text after the last newline is empty
     EXPECT_EQ(lines[0], "0 addAcmDirName(String, long) -> int");
-    EXPECT_EQ(lines[94], "94 readMemoryByPids(int[], int) -> ProcMemStatRet");
+    EXPECT_EQ(lines[169], "169 setWakeSeedThread(String, boolean, boolean) -> int");
     EXPECT_EQ(lines[170], "170 getWakeThreadsAffinityOrdered(String, int) -> TaskWakeInfo");
     EXPECT_EQ(lines.back(), "");
     // Listing needs no service.
@@ -149,8 +142,6 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
         Row({"addAcmDirName", "/data/a b", "-9223372036854775808"}, kExitOk, "-7\n", ""),
         // After the operation, words that look like options are arguments.
         Row({"clearTaskTrackGroup", "-1"}, kExitOk, "", ""),
-        Row({"setFreqGoverner", "schedutil", ""}, kExitOk, "0\n", ""),
-        Row({"setFreqGoverner", "performance", "2147483647,-2147483648"}, kExitOk, "2\n", ""),
         Row({"readVersion"}, kExitOk, kStringResult, ""),
         Row({"getHIAllocWait"}, kExitOk,
             R"({"path":"/proc/hi","items":[{"key":"total","separator":"\t","flag":1}]})"
@@ -181,16 +172,11 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
             Usage("unknown operation AddAcmDirName (perfctl --list shows them all)")),
         Row({"--service", kAbsent, "addAcmDirName", "d"}, kExitUsage, "",
             Usage("addAcmDirName takes 2 arguments, got 1", addAcmDirName)),
-        Row({"--service", kAbsent, "getKernelVersion", "1"}, kExitUsage, "",
-            Usage("getKernelVersion takes 0 arguments, got 1", "getKernelVersion -> int")),
+        Row({"--service", kAbsent, "writeKmallocDebugCreate"}, kExitUsage, "",
+            Usage("writeKmallocDebugCreate takes 1 argument, got 0",
+                  "writeKmallocDebugCreate int -> int")),
         Row({"--service", kAbsent, "addAcmDirName", "d", "12x"}, kExitUsage, "",
             Usage("addAcmDirName: argument 2 is not a long: \"12x\"", addAcmDirName)),
-        Row({"--service", kAbsent, "readVyrenReserve3", "0", "2147483648"}, kExitUsage, "",
-            Usage("readVyrenReserve3: argument 2 is not an int: \"2147483648\"",
-                  "readVyrenReserve3 int int -> String")),
-        Row({"--service", kAbsent, "setWakeSeedThread", "1", "true", "yes"}, kExitUsage, "",
-            Usage("setWakeSeedThread: argument 3 is not a boolean: \"yes\"",
-                  "setWakeSeedThread String boolean boolean -> int")),
         Row({"--service", kAbsent, "setFreqGoverner", "g", "1,,2"}, kExitUsage, "",
             Usage("setFreqGoverner: argument 2 is not an int[]: \"1,,2\"",
                   "setFreqGoverner String int[] -> int")),
@@ -202,12 +188,9 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
         EXPECT_EQ(outcome.out, c.out);
         EXPECT_EQ(outcome.err, c.err);
     }
-    EXPECT_EQ(mService->calls, (std::vector<std::string>{
-                                   "addAcmDirName /data/a b -9223372036854775808",
-                                   "clearTaskTrackGroup -1",
-                                   "setFreqGoverner schedutil",
-                                   "setFreqGoverner performance 2147483647 -2147483648",
-                               }));
+    EXPECT_EQ(mService->calls,
+              (std::vector<std::string>{"addAcmDirName /data/a b -9223372036854775808",
+                                        "clearTaskTrackGroup -1"}));
 }
 
 }  // namespace
