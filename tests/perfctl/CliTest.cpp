@@ -128,9 +128,13 @@ TEST_F(CliTest, ListPrintsEveryOperationOnItsOwnLine) {
     EXPECT_EQ(Call({"--service", kAbsent, "--list"}).out, outcome.out);
 }
 
-// A usage error: its message, then how to call perfctl or the operation.
-std::string Usage(const std::string& message, const char* usage = kGeneralUsage) {
-    return "perfctl: " + message + "\nusage: perfctl " + usage + "\n";
+// A usage error, found before any lookup, so the words name an absent service: its message, then
+// how to call perfctl or the operation.
+Case UsageRow(std::vector<std::string> words, const std::string& message,
+              const char* usage = kGeneralUsage) {
+    words.insert(words.begin(), {"--service", kAbsent});
+    return Row(std::move(words), kExitUsage, "",
+               "perfctl: " + message + "\nusage: perfctl " + usage + "\n");
 }
 
 // Each command line gives its exit status, prints its result and nothing else, or fails with one
@@ -161,25 +165,20 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
         Row({"--service", kAbsent, "--dump"}, kExitCallFailed, "", absent),
         Row({"--service", mOther, "readVersion"}, kExitCallFailed, "",
             "perfctl: service " + mOther + " is not an " + IPerformance::descriptor + "\n"),
-        // Usage is checked before any lookup, so these name an absent service.
-        Row({"--service", kAbsent}, kExitUsage, "", Usage("no operation given")),
-        Row({"--service", kAbsent, "--bogus"}, kExitUsage, "", Usage("unknown option --bogus")),
-        Row({"--service", kAbsent, "--service"}, kExitUsage, "",
-            Usage("--service needs an instance name")),
-        Row({"--service", kAbsent, "--list", "extra"}, kExitUsage, "",
-            Usage("--list takes no arguments")),
-        Row({"--service", kAbsent, "AddAcmDirName", "d", "1"}, kExitUsage, "",
-            Usage("unknown operation AddAcmDirName (perfctl --list shows them all)")),
-        Row({"--service", kAbsent, "addAcmDirName", "d"}, kExitUsage, "",
-            Usage("addAcmDirName takes 2 arguments, got 1", addAcmDirName)),
-        Row({"--service", kAbsent, "writeKmallocDebugCreate"}, kExitUsage, "",
-            Usage("writeKmallocDebugCreate takes 1 argument, got 0",
-                  "writeKmallocDebugCreate int -> int")),
-        Row({"--service", kAbsent, "addAcmDirName", "d", "12x"}, kExitUsage, "",
-            Usage("addAcmDirName: argument 2 is not a long: \"12x\"", addAcmDirName)),
-        Row({"--service", kAbsent, "setFreqGoverner", "g", "1,,2"}, kExitUsage, "",
-            Usage("setFreqGoverner: argument 2 is not an int[]: \"1,,2\"",
-                  "setFreqGoverner String int[] -> int")),
+        UsageRow({}, "no operation given"),
+        UsageRow({"--bogus"}, "unknown option --bogus"),
+        UsageRow({"--service"}, "--service needs an instance name"),
+        UsageRow({"--list", "extra"}, "--list takes no arguments"),
+        UsageRow({"AddAcmDirName", "d", "1"},
+                 "unknown operation AddAcmDirName (perfctl --list shows them all)"),
+        UsageRow({"addAcmDirName", "d"}, "addAcmDirName takes 2 arguments, got 1", addAcmDirName),
+        UsageRow({"writeKmallocDebugCreate"}, "writeKmallocDebugCreate takes 1 argument, got 0",
+                 "writeKmallocDebugCreate int -> int"),
+        UsageRow({"addAcmDirName", "d", "12x"}, "addAcmDirName: argument 2 is not a long: \"12x\"",
+                 addAcmDirName),
+        UsageRow({"setFreqGoverner", "g", "1,,2"},
+                 "setFreqGoverner: argument 2 is not an int[]: \"1,,2\"",
+                 "setFreqGoverner String int[] -> int"),
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(android::base::Join(c.words, ' '));
