@@ -57,9 +57,6 @@ Value SampleArgument(ArgType type, int32_t n) {
 
 TEST(OperationTableTest, EveryEntryIsFoundByNameAndCallsItsOwnTransaction) {
     ASSERT_EQ(Operations().size, 171u);
-    for (const char* name : {"getdevinfoUfsInfo", "getInterfaceVersion", ""}) {
-        EXPECT_EQ(FindOperation(name), nullptr) << name;
-    }
     // Classes live as long as the process, as they would as statics.
     static AIBinder_Class* clazz = AIBinder_Class_define(
         IPerformance::descriptor, [](void* args) { return args; }, [](void*) {}, RecordTransaction);
@@ -81,7 +78,6 @@ TEST(OperationTableTest, EveryEntryIsFoundByNameAndCallsItsOwnTransaction) {
         EXPECT_TRUE(gSeen.decoded);
         EXPECT_EQ(gSeen.args, args);
         EXPECT_EQ(status.getServiceSpecificError(), static_cast<int32_t>(code));
-        EXPECT_EQ(out, "");
     }
 }
 
