@@ -57,14 +57,8 @@ bool Child::ended() {
     return mPid <= 0;
 }
 
-void Child::sendSignal(int signal) {
-    if (!ended()) kill(mPid, signal);
-}
-
 void Child::stop() {
     if (ended()) return;
-    kill(mPid, SIGTERM);
-    if (waitForEnd(milliseconds(5000))) return;
     kill(mPid, SIGKILL);
     if (waitpid(mPid, &mStatus, 0) == mPid) mPid = -1;
 }

@@ -44,8 +44,7 @@ class Child {
     bool waitForEnd(milliseconds limit) {
         return WaitFor([this] { return ended(); }, limit);
     }
-    void sendSignal(int signal);
-    // SIGTERM, then SIGKILL if the process is still there after a few seconds; always reaps it.
+    // Kills the process at once, as a crash or the low-memory killer would, and reaps it.
     void stop();
     // The status so far and everything written to both outputs.
     RunResult result() const;
