@@ -63,8 +63,6 @@ TEST_F(V1ClientTest, SeesTheServersVersionAndReachesTheSameOperationsAsPerfctl) 
     const V1Row rows[] = {
         {{"addAcmDirName", "/data/media", "1"}, Of(&P::addAcmDirName, std::string("/data/media"), int64_t{1})},
         {{"enableKmallocDebug"}, Of(&P::enableKmallocDebug), "kmalloc_debug_enable", "1"},
-        {{"getHIAllocWait"}, Of(&P::getHIAllocWait)},
-        {{"getKernelVersion"}, Of(&P::getKernelVersion)},
         {{"getVmallocUsed"}, Of(&P::getVmallocUsed)},
         {{"readMemoryByPids", "580,1000", "0"}, Of(&P::readMemoryByPids, std::vector<int32_t>{580, 1000}, 0)},
         {{"writeKmallocDebugCreateWithType", "kmalloc-128"}, Of(&P::writeKmallocDebugCreateWithType, std::string("kmalloc-128")), "kmalloc_debug_create", "kmalloc-128"},
