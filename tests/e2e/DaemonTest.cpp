@@ -14,8 +14,6 @@
 namespace e2e {
 namespace {
 
-constexpr char kVmallocUsed[] = "/proc/vyren_mem/memleak_detect/vmalloc_used";
-
 class DaemonTest : public DeviceTest {
   protected:
     void SetUp() override {
