@@ -46,7 +46,6 @@ const std::string kSocketName = "vendor.test.toy.IToy%2Fdefault";
 constexpr uint32_t kRequestMagic = B_PACK_CHARS('H', 'B', 'T', 'X');
 constexpr uint32_t kReplyMagic = B_PACK_CHARS('H', 'B', 'R', 'X');
 constexpr uint32_t kDump = B_PACK_CHARS('_', 'D', 'M', 'P');
-constexpr uint32_t kReverseInts = FIRST_CALL_TRANSACTION + 2;
 constexpr uint32_t kDoNothing = FIRST_CALL_TRANSACTION + 6;
 
 // Polls until cond holds. The bound only keeps a broken build from hanging the suite.
@@ -135,13 +134,12 @@ Bytes frame(uint32_t code, const Bytes& payload = {}, uint32_t flags = 0, int64_
     return bytes;
 }
 
-// An interface token for descriptor followed by extra int32 words and a string.
-Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
-                   const std::string& text = "", int32_t header = B_PACK_CHARS('V', 'N', 'D', 'R')) {
+// An interface token for descriptor followed by a string.
+Bytes tokenPayload(const char* descriptor, const std::string& text = "",
+                   int32_t header = B_PACK_CHARS('V', 'N', 'D', 'R')) {
     ndk::ScopedAParcel parcel(AParcel_create());
     for (int32_t word : {0, -1, header}) AParcel_writeInt32(parcel.get(), word);
     AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
-    for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
     if (!text.empty()) AParcel_writeString(parcel.get(), text.data(), text.size());
     return toy::bytesOf(parcel.get());
 }
@@ -165,21 +163,16 @@ class RemoteTest : public testing::Test {
         std::filesystem::remove_all(mDir, ignored);
     }
 
-    pid_t spawnServer(int threads = 4, const std::string& allowedUid = "") {
-        std::string threadArg = std::to_string(threads), name = kName, uid = allowedUid;
-        char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), name.data(), threadArg.data(),
-                        uid.empty() ? nullptr : uid.data(), nullptr};
-        pid_t pid = -1;
-        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return -1;
-        mServers.push_back(pid);
-        return pid;
-    }
-
     // Starts a server, waits until it answers and returns a proxy for it.
-    std::shared_ptr<IToy> serve(int threads = 4, const std::string& allowedUid = "") {
-        const bool up = spawnServer(threads, allowedUid) > 0 &&
-                        ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get();
-        return up ? connect() : nullptr;
+    std::shared_ptr<IToy> serve(int threads = 4, std::string allowedUid = "") {
+        std::string threadArg = std::to_string(threads), name = kName;
+        char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), name.data(), threadArg.data(),
+                        allowedUid.empty() ? nullptr : allowedUid.data(), nullptr};
+        pid_t pid = -1;
+        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return {};
+        mServers.push_back(pid);
+        return ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get() ? connect()
+                                                                                    : nullptr;
     }
 
     void stopServer(pid_t pid) {
@@ -189,17 +182,6 @@ class RemoteTest : public testing::Test {
     }
 
     bool serverRunning() const { return waitpid(mServers.back(), nullptr, WNOHANG) == 0; }
-
-    // The exit status of a server that should give up on its own.
-    int exitStatusOfLastServer() {
-        int status = -1;
-        for (int i = 0; i < 300 && waitpid(mServers.back(), &status, WNOHANG) == 0; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        if (!WIFEXITED(status)) return -1;
-        mServers.pop_back();
-        return WEXITSTATUS(status);
-    }
 
     std::string socketPath(const std::string& fileName = kSocketName) const {
         return mDir + "/" + fileName;
@@ -235,10 +217,9 @@ class RemoteTest : public testing::Test {
     std::vector<pid_t> mServers;
 };
 
-TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxy) {
+TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxyThatOutlivesTheServer) {
     std::shared_ptr<IToy> toy = serve();
     ASSERT_NE(nullptr, toy);
-    EXPECT_TRUE(std::filesystem::exists(socketPath()));
     AIBinder* binder = toy->asBinder().get();
     EXPECT_TRUE(toy->isRemote());
     EXPECT_TRUE(AIBinder_isRemote(binder));
@@ -246,9 +227,6 @@ TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxy) {
     EXPECT_EQ(STATUS_OK, AIBinder_ping(binder));
     toy::expectEveryShapeRoundTrips(toy.get());
     toy::expectErrorsReachTheCaller(toy.get());
-    // Only the served descriptor associates.
-    EXPECT_FALSE(AIBinder_associateClass(binder, toy::defineClass("vendor.test.toy.IOther")));
-    EXPECT_NE(nullptr, IToy::fromBinder(toy->asBinder()));
 
     // About 800 KiB as UTF-16 each way: several partial socket writes, within one frame.
     EXPECT_TRUE(echoes(std::string(400 * 1024, 'x'), toy));
@@ -272,6 +250,15 @@ TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxy) {
     EXPECT_EQ(STATUS_DEAD_OBJECT, toy->dump(writeEnd.get(), nullptr, 0));
     EXPECT_TRUE(serverRunning());
     EXPECT_TRUE(echoes("afterwards"));
+
+    // A dead server is reported, and the same proxy reaches its successor.
+    stopServer(mServers.back());
+    ndk::ScopedAStatus status = toy->echoString("during", &echoed);
+    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
+    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
+    EXPECT_FALSE(AIBinder_isAlive(binder));
+    ASSERT_NE(nullptr, serve());
+    EXPECT_TRUE(echoes("after", toy));
 }
 
 TEST_F(RemoteTest, ConcurrentThreadsShareOneProxyWithinThePoolLimit) {
@@ -302,7 +289,6 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
     // {name, uid allowed by the server, first call as root, uid 10123 may call}
     const std::tuple<const char*, const char*, bool, bool> cases[] = {
         {"inside_allowed", "10123", false, true},
-        {"outside_allowed", "10124", false, false},
         {"private_by_default", "", false, false},
         {"changes_uid_on_one_connection", "10123", true, true},
         {"drops_to_a_refused_uid", "10124", true, false}};
@@ -365,13 +351,12 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
 
 TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     ASSERT_NE(nullptr, serve());
-    const Bytes header = frame(kDoNothing, {}, 0, 100), token = tokenPayload(IToy::descriptor);
-    Bytes truncatedPayload = header;
-    truncatedPayload.resize(header.size() + 10, 0xab);
+    const Bytes token = tokenPayload(IToy::descriptor);
+    Bytes truncatedPayload = frame(kDoNothing, {}, 0, 100);
+    truncatedPayload.resize(truncatedPayload.size() + 10, 0xab);
     const char garbage[] = "not a binderfram";
     refuse("garbage", Bytes(garbage, garbage + 16), STATUS_OK, true);
     refuse("oversized", frame(kDoNothing, {}, 0, 2 << 20), STATUS_BAD_VALUE, true);
-    refuse("truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK, true, true);
     refuse("truncated_payload", truncatedPayload, STATUS_OK, true, true);
     refuse("unknown_code", frame(FIRST_CALL_TRANSACTION + 1000, token), STATUS_UNKNOWN_TRANSACTION,
            false);
@@ -380,13 +365,10 @@ TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     refuse("wrong_descriptor", frame(kDoNothing, tokenPayload("vendor.test.toy.IOther")),
            STATUS_BAD_TYPE, false);
     const int32_t systemHeader = B_PACK_CHARS('S', 'Y', 'S', 'T');
-    refuse("system_header", frame(kDoNothing, tokenPayload(IToy::descriptor, {}, "", systemHeader)),
+    refuse("system_header", frame(kDoNothing, tokenPayload(IToy::descriptor, "", systemHeader)),
            STATUS_BAD_TYPE, false);
-    refuse("missing_token", frame(kDoNothing), STATUS_BAD_TYPE, false);
     refuse("unknown_flags", frame(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false);
     refuse("dump_without_fd", frame(kDump, {0, 0, 0, 0}), STATUS_BAD_VALUE, false);
-    refuse("absurd_array_length", frame(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
-           STATUS_BAD_VALUE, false);
     // Only a dump's header may bring a descriptor, and only one.
     refuse("fd_with_a_call", frame(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false, false, 1, 0);
     refuse("fd_with_payload_bytes", frame(kDoNothing, token), STATUS_OK, true, false, 1, 20);
@@ -397,26 +379,22 @@ TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
 
 TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
     ASSERT_NE(nullptr, serve(4));
-    // {name, connections, bytes of a 100-byte call each sends at once, trickles the rest one
-    // byte at a time, sends a whole call for an 800 KiB reply and never reads it}
-    const std::tuple<const char*, int, size_t, bool, bool> crowds[] = {
-        {"idle", 40, 0, false, false},
-        {"many_idle", 300, 0, false, false},
-        {"slow", 40, 16, true, false},
-        {"stalled_mid_frame", 1, 26, false, false},
-        {"unread_replies", 15, 0, false, true}};
+    // {name, connections, each sends the header of a 100-byte call and trickles the rest one byte
+    // at a time, each sends a whole call for an 800 KiB reply and never reads it}. Idle ones
+    // exceed both connection caps.
+    const std::tuple<const char*, int, bool, bool> crowds[] = {
+        {"idle", 300, false, false}, {"slow", 40, true, false}, {"unread_replies", 15, false, true}};
     const Bytes echoBig = frame(FIRST_CALL_TRANSACTION + 1,
-                                tokenPayload(IToy::descriptor, {}, std::string(400 << 10, 'x')));
-    Bytes partial = frame(FIRST_CALL_TRANSACTION, {}, 0, 100);
-    partial.resize(partial.size() + 10);
-    for (const auto& [name, connections, upfront, trickle, unread] : crowds) {
+                                tokenPayload(IToy::descriptor, std::string(400 << 10, 'x')));
+    const Bytes header = frame(FIRST_CALL_TRANSACTION, {}, 0, 100);
+    for (const auto& [name, connections, trickle, unread] : crowds) {
         SCOPED_TRACE(name);
         std::vector<unique_fd> crowd;
         const timeval sendLimit = {1, 0};
         for (int i = 0; i < connections; ++i) {
             crowd.push_back(rawConnect(socketPath()));
             setsockopt(crowd.back().get(), SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof(sendLimit));
-            if (upfront > 0) send(crowd.back().get(), partial.data(), upfront, MSG_NOSIGNAL);
+            if (trickle) send(crowd.back().get(), header.data(), header.size(), MSG_NOSIGNAL);
         }
         std::atomic<bool> stop{false};
         std::atomic<int> sent{0};
@@ -469,26 +447,16 @@ TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
     EXPECT_TRUE(echoes("afterwards"));
 }
 
-TEST_F(RemoteTest, RegistrationFailsOnATakenNameOrAHeldLock) {
-    ASSERT_NE(nullptr, serve());
-    auto local = ndk::SharedRefBase::make<toy::ToyService>();
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), kName.c_str()));
-    spawnServer(1);
-    EXPECT_EQ(2, exitStatusOfLastServer());
-
-    stopServer(mServers.back());
-    unique_fd lock(open((mDir + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
-    spawnServer(1);
-    EXPECT_EQ(2, exitStatusOfLastServer()) << "registration still waits for the lock";
-}
-
-TEST_F(RemoteTest, LocalRegistrationReplacesAStaleSocketAndRefusesUnusablePaths) {
+TEST_F(RemoteTest, RegistrationTakesAFreeNameOrAStaleSocketOnlyAndWaitsForTheLock) {
     // Registrations made in this process last for its lifetime; keep names fresh per run.
     static int run = 0;
     const std::string suffix = std::to_string(++run);
     const std::string name = "stale.test/instance" + suffix;
     const std::string path = socketPath("stale.test%2Finstance" + suffix);
+    auto local = ndk::SharedRefBase::make<toy::ToyService>();
+    const ndk::SpAIBinder binder = local->asBinder();
+    ASSERT_NE(nullptr, serve());
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), kName.c_str()));
     {
         // Bound but never listening, as a crashed server leaves it.
         const sockaddr_un addr = addressOf(path);
@@ -497,24 +465,24 @@ TEST_F(RemoteTest, LocalRegistrationReplacesAStaleSocketAndRefusesUnusablePaths)
     }
     ASSERT_FALSE(rawConnect(path).ok());
     EXPECT_EQ(nullptr, AServiceManager_checkService(name.c_str()));
-    auto local = ndk::SharedRefBase::make<toy::ToyService>();
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    {
+        // As another registration in the directory would hold it.
+        unique_fd lock(open((mDir + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
+        EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
+    }
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
     EXPECT_TRUE(rawConnect(path).ok());
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
     EXPECT_NE(EX_NONE, AServiceManager_addService(nullptr, "x"));
     // Within the registering process the name resolves to the object itself.
-    for (auto lookup : {AServiceManager_checkService, AServiceManager_getService,
-                        AServiceManager_waitForService}) {
-        ndk::SpAIBinder found(lookup(name.c_str()));
-        EXPECT_EQ(local->asBinder(), found);
-        EXPECT_EQ(local.get(), IToy::fromBinder(found).get());
-    }
+    EXPECT_EQ(binder, ndk::SpAIBinder(AServiceManager_getService(name.c_str())));
 
     ASSERT_TRUE(android::base::WriteStringToFile("not a socket", socketPath("plain.file")));
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "plain.file"));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), "plain.file"));
     // Short as text, but every '/' takes three bytes in the file name.
     const std::string longName = std::string(40, '/');
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), longName.c_str()));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), longName.c_str()));
     EXPECT_EQ(nullptr, AServiceManager_checkService(longName.c_str()));
 }
 
@@ -526,7 +494,6 @@ TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
     // {name, mode, owner, reached through a symbolic link}
     const std::tuple<const char*, mode_t, uid_t, bool> changes[] = {
         {"group_writable", 0775, geteuid(), false},
-        {"writable_by_others", 0757, geteuid(), false},
         {"foreign_owner", 0755, geteuid() == 0 ? 10123 : geteuid(), false},
         {"symlink", 0755, geteuid(), true}};
     for (const auto& [name, mode, owner, viaLink] : changes) {
@@ -543,20 +510,6 @@ TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
         EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName.c_str())).get());
     }
     unlink(link.c_str());
-}
-
-TEST_F(RemoteTest, DeadServerIsReportedAndARestartIsReached) {
-    std::shared_ptr<IToy> toy = serve();
-    ASSERT_NE(nullptr, toy);
-    ASSERT_TRUE(echoes("before", toy));
-    stopServer(mServers.back());
-    std::string echoed;
-    ndk::ScopedAStatus status = toy->echoString("during", &echoed);
-    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
-    EXPECT_FALSE(AIBinder_isAlive(toy->asBinder().get()));
-    ASSERT_NE(nullptr, serve());
-    EXPECT_TRUE(echoes("after", toy));
 }
 
 }  // namespace
