@@ -332,6 +332,7 @@ TEST(StatusTest, AccessorsAndHeaderLayout) {
     ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), ndk::ScopedAStatus::ok().get()));
     ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), specific.get()));
     EXPECT_EQ(words({0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}), bytesOf(parcel.get()));
+    EXPECT_STREQ("m", specific.getMessage());
 
     ndk::ScopedAStatus bare = ndk::ScopedAStatus::fromServiceSpecificError(3);
     EXPECT_EQ(EX_SERVICE_SPECIFIC, bare.getExceptionCode());

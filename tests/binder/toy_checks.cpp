@@ -53,18 +53,12 @@ void expectEveryShapeRoundTrips(IToy* proxy) {
 
 void expectErrorsReachTheCaller(IToy* proxy) {
     int32_t unused;
-    ndk::ScopedAStatus specific = proxy->fail(EX_SERVICE_SPECIFIC, 42, "bad thing", &unused);
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
-    EXPECT_EQ(42, specific.getServiceSpecificError());
-    EXPECT_STREQ("bad thing", specific.getMessage());
-
-    ndk::ScopedAStatus exception = proxy->fail(EX_ILLEGAL_ARGUMENT, 0, "arg", &unused);
-    EXPECT_EQ(EX_ILLEGAL_ARGUMENT, exception.getExceptionCode());
-    EXPECT_STREQ("arg", exception.getMessage());
-
-    ndk::ScopedAStatus transport = proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused);
-    EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
-    EXPECT_EQ(STATUS_NO_MEMORY, transport.getStatus());
+    EXPECT_EQ("Exception EX_SERVICE_SPECIFIC (-8), service-specific error 42: 'bad thing'",
+              proxy->fail(EX_SERVICE_SPECIFIC, 42, "bad thing", &unused).getDescription());
+    EXPECT_EQ("Exception EX_ILLEGAL_ARGUMENT (-3): 'arg'",
+              proxy->fail(EX_ILLEGAL_ARGUMENT, 0, "arg", &unused).getDescription());
+    EXPECT_EQ("Transaction failed: STATUS_NO_MEMORY (-12)",
+              proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused).getDescription());
 }
 
 const AIBinder_Class* defineClass(const char* descriptor) {
