@@ -22,7 +22,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <future>
 #include <string>
 #include <thread>
@@ -108,17 +107,14 @@ pid_t runChild(Body body) {
     return child;
 }
 
-sockaddr_un addressOf(const std::string& path) {
+// A socket connected to path, or with ::bind bound to it.
+unique_fd rawConnect(const std::string& path,
+                     int (*attach)(int, const sockaddr*, socklen_t) = ::connect) {
     sockaddr_un addr = {};
     addr.sun_family = AF_UNIX;
     strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
-    return addr;
-}
-
-unique_fd rawConnect(const std::string& path) {
-    const sockaddr_un addr = addressOf(path);
     unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
+    if (attach(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
     const timeval timeout = {20, 0};
     setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
     return fd;
@@ -148,19 +144,14 @@ class RemoteTest : public testing::Test {
   protected:
     // A private service directory for each test.
     void SetUp() override {
-        char pattern[] = "/tmp/binder-test-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mDir = pattern;
-        chmod(pattern, 0755);  // reachable by callers running under other uids
-        setenv("HOST_BINDER_DIR", pattern, 1);
+        chmod(mDir.c_str(), 0755);  // reachable by callers running under other uids
+        setenv("HOST_BINDER_DIR", mDir.c_str(), 1);
         signal(SIGPIPE, SIG_IGN);
     }
 
     void TearDown() override {
         while (!mServers.empty()) stopServer(mServers.back());
         unsetenv("HOST_BINDER_DIR");
-        std::error_code ignored;
-        std::filesystem::remove_all(mDir, ignored);
     }
 
     // Starts a server, waits until it answers and returns a proxy for it.
@@ -211,7 +202,8 @@ class RemoteTest : public testing::Test {
         EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
     }
 
-    std::string mDir;
+    TemporaryDir mTemporary;
+    const std::string mDir = mTemporary.path;
     std::vector<pid_t> mServers;
 };
 
@@ -429,12 +421,8 @@ TEST_F(RemoteTest, RegistrationTakesAFreeNameOrAStaleSocketOnlyAndWaitsForTheLoc
     const ndk::SpAIBinder binder = local->asBinder();
     ASSERT_NE(nullptr, serve());
     EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), kName.c_str()));
-    {
-        // Bound but never listening, as a crashed server leaves it.
-        const sockaddr_un addr = addressOf(path);
-        unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        ASSERT_EQ(0, bind(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)));
-    }
+    // Bound but never listening, as a crashed server leaves it.
+    ASSERT_TRUE(rawConnect(path, ::bind).ok());
     ASSERT_FALSE(rawConnect(path).ok());
     EXPECT_EQ(nullptr, AServiceManager_checkService(name.c_str()));
     {
