@@ -128,20 +128,16 @@ std::vector<RoundTripCase> roundTripCases() {
     using OptString = std::optional<std::string>;
     using Strings = std::vector<std::string>;
     return {
+        // Fixed-width values of 4 and 8 bytes; a NaN keeps its bits.
         row("int32", INT32_MIN, 4, AParcel_writeInt32, AParcel_readInt32),
-        row("uint32", UINT32_MAX, 4, AParcel_writeUint32, AParcel_readUint32),
         row<int64_t>("int64", INT64_MIN, 8, AParcel_writeInt64, AParcel_readInt64),
-        row<uint64_t>("uint64", UINT64_MAX, 8, AParcel_writeUint64, AParcel_readUint64),
-        row("float", -1.5f, 4, AParcel_writeFloat, AParcel_readFloat),
         row("float_nan", nan, 4, AParcel_writeFloat, AParcel_readFloat),
-        row("double", 1e308, 8, AParcel_writeDouble, AParcel_readDouble),
-        row("bool", true, 4, AParcel_writeBool, AParcel_readBool, words({1})),
+        // Chars widen without sign, bytes with it.
         row("char", u'\uffff', 4, AParcel_writeChar, AParcel_readChar, words({0xffff})),
         row<int8_t>("byte", -128, 4, AParcel_writeByte, AParcel_readByte, words({-128})),
         str<std::string>("string_empty", "", 8),
-        str<std::string>("string_ascii", "abc", 12),
-        str<std::string>("string_latin1", "h\xc3\xa9llo", 16),
-        str<std::string>("string_cjk", "\xe4\xb8\xad\xe6\x96\x87", 12),
+        // Two- and three-byte UTF-8 sequences, one UTF-16 unit each.
+        str<std::string>("string_utf8", "\xc3\xa9\xe4\xb8\xad", 12),
         // UTF-16 units (a, high and low surrogate), a NUL, then padding to 4 bytes.
         str<std::string>("string_surrogate_pair", "a\xf0\x9f\x99\x82", 12,
                          words({3, 0xd83d0061, 0x0000de42})),
@@ -151,11 +147,7 @@ std::vector<RoundTripCase> roundTripCases() {
         vec<std::vector<int32_t>>("int32_array", {1, -2, 3}, 16),
         vec<std::vector<int32_t>>("int32_array_empty", {}, 4),
         vec<std::optional<std::vector<int32_t>>>("int32_array_null", std::nullopt, 4),
-        vec<std::vector<uint32_t>>("uint32_array", {UINT32_MAX}, 8),
         vec<std::vector<int64_t>>("int64_array", {INT64_MAX, 0}, 20),
-        vec<std::vector<uint64_t>>("uint64_array", {1}, 12),
-        vec<std::vector<float>>("float_array", {0.5f, -0.0f}, 12),
-        vec<std::vector<double>>("double_array", {2.5}, 12),
         vec<std::vector<bool>>("bool_array", {true, false, true}, 16),
         vec<std::vector<char16_t>>("char_array", {u'a', u'\u20ac'}, 12, words({2, 'a', 0x20ac})),
         vec<std::vector<int8_t>>("byte_array", {1, -1, 3}, 8, words({3, 0x0003ff01})),
@@ -167,7 +159,6 @@ std::vector<RoundTripCase> roundTripCases() {
         // Each element: a non-null marker, then a size counted from the size word itself.
         vec<std::vector<Item>>("parcelable_array", {Item{1, "a", 2}}, 4 + 28,
                                words({1, 1, 24, 1, 1, 0x61, 2, 0})),
-        vec<std::vector<Item>>("parcelable_array_two", {Item{7, "seven", -7}, Item{}}, 4 + 36 + 28),
     };
 }
 
@@ -198,10 +189,10 @@ TEST(ParcelTest, WritesAtThePositionAndReadsFromIt) {
 }
 
 TEST(ParcelTest, RejectsInvalidUtf8OnWrite) {
-    // Never valid, overlong NUL and slash, an encoded surrogate, beyond U+10FFFF, a truncated
-    // sequence and a stray continuation byte.
-    for (const char* text : {"\xff", "\xc0\x80", "\xe0\x80\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80",
-                             "\xe2\x82", "a\x80"}) {
+    // A stray continuation byte, a lead without its continuation, an overlong NUL, an encoded
+    // surrogate, beyond U+10FFFF and a truncated sequence.
+    for (const char* text :
+         {"a\x80", "\xc3\x41", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xe2\x82"}) {
         ndk::ScopedAParcel parcel(AParcel_create());
         EXPECT_EQ(STATUS_BAD_VALUE, ndk::AParcel_writeString(parcel.get(), std::string(text)))
             << testing::PrintToString(text);
@@ -233,44 +224,32 @@ binder_status_t readStatus(const AParcel* p) {
 }
 
 std::vector<BadInputCase> badInputCases() {
-    const auto readInt32 = readOne<int32_t, AParcel_readInt32>;
     const auto readInt64 = readOne<int64_t, AParcel_readInt64>;
     const auto readString = readOne<std::string, ndk::AParcel_readString>;
     const auto readInts = readOne<std::vector<int32_t>, ndk::AParcel_readVector>;
-    const auto readBytes = readOne<std::vector<int8_t>, ndk::AParcel_readVector>;
     const auto readBools = readOne<std::vector<bool>, ndk::AParcel_readVector>;
     const auto readStrings = readOne<std::vector<std::string>, ndk::AParcel_readVector>;
     const auto readItems = readOne<std::vector<Item>, ndk::AParcel_readVector>;
     const auto readBinder = readOne<AIBinder*, AParcel_readStrongBinder>;
     return {
-        {"int32_empty", {}, readInt32, STATUS_NOT_ENOUGH_DATA},
-        {"int32_partial", {1, 2}, readInt32, STATUS_NOT_ENOUGH_DATA},
         {"int64_half", words({1}), readInt64, STATUS_NOT_ENOUGH_DATA},
-        {"string_no_length", {}, readString, STATUS_NOT_ENOUGH_DATA},
         {"string_negative_length", words({0xfffffffe}), readString, STATUS_BAD_VALUE},
         {"string_huge_length", words({0x7fffffff, 0}), readString, STATUS_BAD_VALUE},
-        {"string_longer_than_data", words({3, 0x00620061}), readString, STATUS_BAD_VALUE},
         {"string_unterminated", words({1, 0x00620061}), readString, STATUS_BAD_VALUE},
         {"string_lone_high_surrogate", words({1, 0x0000d83d}), readString, STATUS_BAD_VALUE},
         {"string_lone_low_surrogate", words({2, 0xde420061, 0}), readString, STATUS_BAD_VALUE},
         {"string_null_into_std_string", words({0xffffffff}), readString, STATUS_UNEXPECTED_NULL},
         {"int32_array_negative", words({0xfffffff0}), readInts, STATUS_BAD_VALUE},
         {"int32_array_huge", words({0x10000000, 1, 2}), readInts, STATUS_BAD_VALUE},
-        {"int32_array_short", words({3, 1, 2}), readInts, STATUS_BAD_VALUE},
         {"int32_array_null_into_vector", words({0xffffffff}), readInts, STATUS_UNEXPECTED_NULL},
-        {"byte_array_huge", words({0x7fffffff, 0}), readBytes, STATUS_BAD_VALUE},
         {"bool_array_huge", words({0x40000000}), readBools, STATUS_BAD_VALUE},
-        {"string_array_huge", words({0x20000000, 0}), readStrings, STATUS_BAD_VALUE},
         {"string_array_bad_element", words({2, 0xfffffff0}), readStrings, STATUS_BAD_VALUE},
-        {"parcelable_array_huge", words({0x7ffffff0, 1}), readItems, STATUS_BAD_VALUE},
         {"parcelable_array_null_element", words({1, 0, 4}), readItems, STATUS_UNEXPECTED_NULL},
         {"status_truncated_message", words({EX_ILLEGAL_STATE, 5}), readStatus, STATUS_BAD_VALUE},
-        {"status_missing_service_code", words({EX_SERVICE_SPECIFIC, 0xffffffff, 0}), readStatus,
+        {"status_no_service_code", words({EX_SERVICE_SPECIFIC, -1, 0}), readStatus,
          STATUS_NOT_ENOUGH_DATA},
-        {"status_negative_stack_trace", words({EX_SECURITY, 0xffffffff, 0xfffffff0}), readStatus,
-         STATUS_BAD_VALUE},
-        {"status_reply_header_too_big", words({EX_HAS_REPLY_HEADER, 400}), readStatus,
-         STATUS_BAD_VALUE},
+        {"status_negative_trace", words({EX_SECURITY, -1, -16}), readStatus, STATUS_BAD_VALUE},
+        {"status_header_too_big", words({EX_HAS_REPLY_HEADER, 400}), readStatus, STATUS_BAD_VALUE},
         {"binder_unknown_kind", words({7}), readBinder, STATUS_BAD_VALUE},
         {"binder_index_without_object", words({1, 0}), readBinder, STATUS_BAD_VALUE},
     };
@@ -314,9 +293,7 @@ TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
     ASSERT_TRUE(
         ndk::SharedRefBase::make<toy::ToyService>()->makeRecord(2, "\xe2\x82\xac", &record).isOk());
     record.note = "note";
-    ndk::ScopedAParcel parcel(AParcel_create());
-    ASSERT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
-    const std::vector<uint8_t> full = bytesOf(parcel.get());
+    const std::vector<uint8_t> full = bytesOf(record);
     for (size_t size = 0; size < full.size(); ++size) {
         SCOPED_TRACE("prefix of " + std::to_string(size));
         ndk::ScopedAParcel truncated = parcelFrom({full.begin(), full.begin() + size});
@@ -348,19 +325,14 @@ TEST(RecordDamageTest, TruncatedOrCorruptedRecordsFailCleanly) {
 }
 
 TEST(StatusTest, AccessorsAndHeaderLayout) {
-    ndk::ScopedAStatus transport = ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    EXPECT_FALSE(transport.isOk());
-    EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, transport.getStatus());
-    ndk::ScopedAParcel parcel(AParcel_create());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, AParcel_writeStatusHeader(parcel.get(), transport.get()));
-    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
     // Ok, then service-specific with its message and code.
     const ndk::ScopedAStatus specific =
         ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(5, "m");
+    ndk::ScopedAParcel parcel(AParcel_create());
     ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), ndk::ScopedAStatus::ok().get()));
     ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), specific.get()));
     EXPECT_EQ(words({0, EX_SERVICE_SPECIFIC, 1, 0x6d, 0, 5}), bytesOf(parcel.get()));
+    EXPECT_STREQ("m", specific.getMessage());
 
     ndk::ScopedAStatus bare = ndk::ScopedAStatus::fromServiceSpecificError(3);
     EXPECT_EQ(EX_SERVICE_SPECIFIC, bare.getExceptionCode());

@@ -22,7 +22,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <future>
 #include <string>
 #include <thread>
@@ -46,7 +45,6 @@ const std::string kSocketName = "vendor.test.toy.IToy%2Fdefault";
 constexpr uint32_t kRequestMagic = B_PACK_CHARS('H', 'B', 'T', 'X');
 constexpr uint32_t kReplyMagic = B_PACK_CHARS('H', 'B', 'R', 'X');
 constexpr uint32_t kDump = B_PACK_CHARS('_', 'D', 'M', 'P');
-constexpr uint32_t kReverseInts = FIRST_CALL_TRANSACTION + 2;
 constexpr uint32_t kDoNothing = FIRST_CALL_TRANSACTION + 6;
 
 // Polls until cond holds. The bound only keeps a broken build from hanging the suite.
@@ -109,17 +107,14 @@ pid_t runChild(Body body) {
     return child;
 }
 
-sockaddr_un addressOf(const std::string& path) {
+// A socket connected to path, or with ::bind bound to it.
+unique_fd rawConnect(const std::string& path,
+                     int (*attach)(int, const sockaddr*, socklen_t) = ::connect) {
     sockaddr_un addr = {};
     addr.sun_family = AF_UNIX;
     strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
-    return addr;
-}
-
-unique_fd rawConnect(const std::string& path) {
-    const sockaddr_un addr = addressOf(path);
     unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
+    if (attach(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)) != 0) return {};
     const timeval timeout = {20, 0};
     setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
     return fd;
@@ -135,13 +130,12 @@ Bytes frame(uint32_t code, const Bytes& payload = {}, uint32_t flags = 0, int64_
     return bytes;
 }
 
-// An interface token for descriptor followed by extra int32 words and a string.
-Bytes tokenPayload(const char* descriptor, std::vector<int32_t> extra = {},
-                   const std::string& text = "", int32_t header = B_PACK_CHARS('V', 'N', 'D', 'R')) {
+// An interface token for descriptor followed by a string.
+Bytes tokenPayload(const char* descriptor, const std::string& text = "",
+                   int32_t header = B_PACK_CHARS('V', 'N', 'D', 'R')) {
     ndk::ScopedAParcel parcel(AParcel_create());
     for (int32_t word : {0, -1, header}) AParcel_writeInt32(parcel.get(), word);
     AParcel_writeString(parcel.get(), descriptor, static_cast<int32_t>(strlen(descriptor)));
-    for (int32_t word : extra) AParcel_writeInt32(parcel.get(), word);
     if (!text.empty()) AParcel_writeString(parcel.get(), text.data(), text.size());
     return toy::bytesOf(parcel.get());
 }
@@ -150,55 +144,32 @@ class RemoteTest : public testing::Test {
   protected:
     // A private service directory for each test.
     void SetUp() override {
-        char pattern[] = "/tmp/binder-test-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mDir = pattern;
-        chmod(pattern, 0755);  // reachable by callers running under other uids
-        setenv("HOST_BINDER_DIR", pattern, 1);
+        chmod(mDir.c_str(), 0755);  // reachable by callers running under other uids
+        setenv("HOST_BINDER_DIR", mDir.c_str(), 1);
         signal(SIGPIPE, SIG_IGN);
     }
 
     void TearDown() override {
         while (!mServers.empty()) stopServer(mServers.back());
         unsetenv("HOST_BINDER_DIR");
-        std::error_code ignored;
-        std::filesystem::remove_all(mDir, ignored);
-    }
-
-    pid_t spawnServer(int threads = 4, const std::string& allowedUid = "") {
-        std::string threadArg = std::to_string(threads), name = kName, uid = allowedUid;
-        char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), name.data(), threadArg.data(),
-                        uid.empty() ? nullptr : uid.data(), nullptr};
-        pid_t pid = -1;
-        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return -1;
-        mServers.push_back(pid);
-        return pid;
     }
 
     // Starts a server, waits until it answers and returns a proxy for it.
-    std::shared_ptr<IToy> serve(int threads = 4, const std::string& allowedUid = "") {
-        const bool up = spawnServer(threads, allowedUid) > 0 &&
-                        ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get();
-        return up ? connect() : nullptr;
+    std::shared_ptr<IToy> serve(int threads = 4, std::string allowedUid = "") {
+        std::string threadArg = std::to_string(threads), name = kName;
+        char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), name.data(), threadArg.data(),
+                        allowedUid.empty() ? nullptr : allowedUid.data(), nullptr};
+        pid_t pid = -1;
+        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return {};
+        mServers.push_back(pid);
+        return ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get() ? connect()
+                                                                                    : nullptr;
     }
 
     void stopServer(pid_t pid) {
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
         mServers.erase(std::find(mServers.begin(), mServers.end(), pid));
-    }
-
-    bool serverRunning() const { return waitpid(mServers.back(), nullptr, WNOHANG) == 0; }
-
-    // The exit status of a server that should give up on its own.
-    int exitStatusOfLastServer() {
-        int status = -1;
-        for (int i = 0; i < 300 && waitpid(mServers.back(), &status, WNOHANG) == 0; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        if (!WIFEXITED(status)) return -1;
-        mServers.pop_back();
-        return WEXITSTATUS(status);
     }
 
     std::string socketPath(const std::string& fileName = kSocketName) const {
@@ -231,47 +202,49 @@ class RemoteTest : public testing::Test {
         EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
     }
 
-    std::string mDir;
+    TemporaryDir mTemporary;
+    const std::string mDir = mTemporary.path;
     std::vector<pid_t> mServers;
 };
 
-TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxy) {
+TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxyThatOutlivesTheServer) {
     std::shared_ptr<IToy> toy = serve();
     ASSERT_NE(nullptr, toy);
-    EXPECT_TRUE(std::filesystem::exists(socketPath()));
     AIBinder* binder = toy->asBinder().get();
-    EXPECT_TRUE(toy->isRemote());
     EXPECT_TRUE(AIBinder_isRemote(binder));
     EXPECT_TRUE(AIBinder_isAlive(binder));
     EXPECT_EQ(STATUS_OK, AIBinder_ping(binder));
     toy::expectEveryShapeRoundTrips(toy.get());
     toy::expectErrorsReachTheCaller(toy.get());
-    // Only the served descriptor associates.
-    EXPECT_FALSE(AIBinder_associateClass(binder, toy::defineClass("vendor.test.toy.IOther")));
-    EXPECT_NE(nullptr, IToy::fromBinder(toy->asBinder()));
 
     // About 800 KiB as UTF-16 each way: several partial socket writes, within one frame.
     EXPECT_TRUE(echoes(std::string(400 * 1024, 'x'), toy));
     std::string echoed;
     EXPECT_EQ(STATUS_FAILED_TRANSACTION,
               toy->echoString(std::string(600 * 1024, 'y'), &echoed).getStatus());
-    EXPECT_TRUE(echoes("small", toy));
 
-    unique_fd readEnd, writeEnd;
-    ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
+    TemporaryFile out;
     const char* args[] = {"--verbose", "\xc3\xa9"};
-    EXPECT_EQ(STATUS_OK, toy->dump(writeEnd.get(), args, 2));
-    writeEnd.reset();
+    EXPECT_EQ(STATUS_OK, toy->dump(out.fd, args, 2));
     std::string text;
-    ASSERT_TRUE(android::base::ReadFdToString(readEnd, &text));
+    ASSERT_TRUE(android::base::ReadFileToString(out.path, &text));
     EXPECT_EQ("toy --verbose \xc3\xa9\n", text);
 
+    unique_fd readEnd, writeEnd;
     ASSERT_TRUE(android::base::Pipe(&readEnd, &writeEnd));
     readEnd.reset();
     // The reader is gone: the write fails instead of ending the server.
     EXPECT_EQ(STATUS_DEAD_OBJECT, toy->dump(writeEnd.get(), nullptr, 0));
-    EXPECT_TRUE(serverRunning());
     EXPECT_TRUE(echoes("afterwards"));
+
+    // A dead server is reported, and the same proxy reaches its successor.
+    stopServer(mServers.back());
+    ndk::ScopedAStatus status = toy->echoString("during", &echoed);
+    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
+    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
+    EXPECT_FALSE(AIBinder_isAlive(binder));
+    ASSERT_NE(nullptr, serve());
+    EXPECT_TRUE(echoes("after", toy));
 }
 
 TEST_F(RemoteTest, ConcurrentThreadsShareOneProxyWithinThePoolLimit) {
@@ -290,36 +263,29 @@ TEST_F(RemoteTest, ConcurrentThreadsShareOneProxyWithinThePoolLimit) {
     EXPECT_EQ(0, failures.load());
     std::vector<int32_t> stats;
     ASSERT_TRUE(toy->sleepStats(&stats).isOk());
-    ASSERT_EQ(2u, stats.size());
-    // No more calls at once than the server has threads.
-    EXPECT_GE(stats[1], 1);
-    EXPECT_LE(stats[1], 2);
+    // None asleep now, and never more at once than the server has threads.
+    EXPECT_TRUE(stats == std::vector<int32_t>({0, 1}) || stats == std::vector<int32_t>({0, 2}));
 }
 
 TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
     if (geteuid() != 0) GTEST_SKIP() << "switching the client to uid 10123 needs root";
-    // A client process drops to uid 10123, perhaps after a call as root on the same connection.
-    // {name, uid allowed by the server, first call as root, uid 10123 may call}
-    const std::tuple<const char*, const char*, bool, bool> cases[] = {
-        {"inside_allowed", "10123", false, true},
-        {"outside_allowed", "10124", false, false},
-        {"private_by_default", "", false, false},
-        {"changes_uid_on_one_connection", "10123", true, true},
-        {"drops_to_a_refused_uid", "10124", true, false}};
-    for (const auto& [name, allowedUid, callFirstAsRoot, appAllowed] : cases) {
+    // A client process calls as root, then drops to uid 10123 on the same connection.
+    // {name, uid allowed by the server, uid 10123 may call}
+    const std::tuple<const char*, const char*, bool> cases[] = {
+        {"changes_uid_on_one_connection", "10123", true},
+        {"drops_to_a_refused_uid", "10124", false}};
+    for (const auto& [name, allowedUid, appAllowed] : cases) {
         SCOPED_TRACE(name);
         ASSERT_NE(nullptr, serve(4, allowedUid));
-        const pid_t child =
-            runChild([&, callFirstAsRoot = callFirstAsRoot, appAllowed = appAllowed] {
-                std::shared_ptr<IToy> toy = callFirstAsRoot ? connect() : nullptr;
-                if (callFirstAsRoot && !calledAs(toy, 0)) return 11;
-                if (setgroups(0, nullptr) != 0 || setresgid(10123, 10123, 10123) != 0 ||
-                    setresuid(10123, 10123, 10123) != 0) {
-                    return 10;
-                }
-                if (toy == nullptr) toy = connect();
-                return calledAs(toy, 10123) == appAllowed ? 0 : 12;
-            });
+        const pid_t child = runChild([appAllowed = appAllowed] {
+            std::shared_ptr<IToy> toy = connect();
+            if (!calledAs(toy, 0)) return 11;
+            if (setgroups(0, nullptr) != 0 || setresgid(10123, 10123, 10123) != 0 ||
+                setresuid(10123, 10123, 10123) != 0) {
+                return 10;
+            }
+            return calledAs(toy, 10123) == appAllowed ? 0 : 12;
+        });
         int status = 0;
         ASSERT_EQ(child, waitpid(child, &status, 0));
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "10: setuid, 11: as root";
@@ -344,12 +310,8 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
         return woken;
     });
     ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 2; }));
-    std::vector<std::future<bool>> others;
-    for (int i = 0; i < 3; ++i) {
-        others.push_back(std::async(std::launch::async, echoes, "quick", nullptr));
-    }
-    for (auto& other : others) EXPECT_TRUE(other.get());
-    // The other clients finished while the slow call was still asleep.
+    EXPECT_TRUE(echoes("quick"));
+    // Another client finished while the slow call was still asleep.
     EXPECT_EQ(std::future_status::timeout, slowCall.wait_for(std::chrono::seconds(0)));
 
     kill(child, SIGKILL);
@@ -360,18 +322,16 @@ TEST_F(RemoteTest, ConcurrentClientsPassSlowCallsAndOutliveAClientKilledMidCall)
     ASSERT_TRUE(eventually([&] { return sleepersNow(observer.get()) == 0; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(100));  // let the reply go out
     EXPECT_TRUE(echoes("still here", observer));
-    EXPECT_TRUE(serverRunning());
 }
 
 TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     ASSERT_NE(nullptr, serve());
-    const Bytes header = frame(kDoNothing, {}, 0, 100), token = tokenPayload(IToy::descriptor);
-    Bytes truncatedPayload = header;
-    truncatedPayload.resize(header.size() + 10, 0xab);
+    const Bytes token = tokenPayload(IToy::descriptor);
+    Bytes truncatedPayload = frame(kDoNothing, {}, 0, 100);
+    truncatedPayload.resize(truncatedPayload.size() + 10, 0xab);
     const char garbage[] = "not a binderfram";
     refuse("garbage", Bytes(garbage, garbage + 16), STATUS_OK, true);
     refuse("oversized", frame(kDoNothing, {}, 0, 2 << 20), STATUS_BAD_VALUE, true);
-    refuse("truncated_header", Bytes(header.begin(), header.begin() + 8), STATUS_OK, true, true);
     refuse("truncated_payload", truncatedPayload, STATUS_OK, true, true);
     refuse("unknown_code", frame(FIRST_CALL_TRANSACTION + 1000, token), STATUS_UNKNOWN_TRANSACTION,
            false);
@@ -380,64 +340,48 @@ TEST_F(RemoteTest, MalformedFramesGetAnErrorOrAClosedConnection) {
     refuse("wrong_descriptor", frame(kDoNothing, tokenPayload("vendor.test.toy.IOther")),
            STATUS_BAD_TYPE, false);
     const int32_t systemHeader = B_PACK_CHARS('S', 'Y', 'S', 'T');
-    refuse("system_header", frame(kDoNothing, tokenPayload(IToy::descriptor, {}, "", systemHeader)),
+    refuse("system_header", frame(kDoNothing, tokenPayload(IToy::descriptor, "", systemHeader)),
            STATUS_BAD_TYPE, false);
-    refuse("missing_token", frame(kDoNothing), STATUS_BAD_TYPE, false);
     refuse("unknown_flags", frame(kDoNothing, token, 0x100), STATUS_BAD_VALUE, false);
     refuse("dump_without_fd", frame(kDump, {0, 0, 0, 0}), STATUS_BAD_VALUE, false);
-    refuse("absurd_array_length", frame(kReverseInts, tokenPayload(IToy::descriptor, {0x7fffffff})),
-           STATUS_BAD_VALUE, false);
     // Only a dump's header may bring a descriptor, and only one.
     refuse("fd_with_a_call", frame(kDoNothing, token), STATUS_FDS_NOT_ALLOWED, false, false, 1, 0);
     refuse("fd_with_payload_bytes", frame(kDoNothing, token), STATUS_OK, true, false, 1, 20);
     refuse("two_fds_with_a_dump", frame(kDump, {0, 0, 0, 0}), STATUS_OK, true, false, 2, 0);
     EXPECT_TRUE(echoes("fine"));
-    EXPECT_TRUE(serverRunning());
 }
 
 TEST_F(RemoteTest, ConcurrentIdleSlowAndManyConnectionsLeaveRoomForOthers) {
     ASSERT_NE(nullptr, serve(4));
-    // {name, connections, bytes of a 100-byte call each sends at once, trickles the rest one
-    // byte at a time, sends a whole call for an 800 KiB reply and never reads it}
-    const std::tuple<const char*, int, size_t, bool, bool> crowds[] = {
-        {"idle", 40, 0, false, false},
-        {"many_idle", 300, 0, false, false},
-        {"slow", 40, 16, true, false},
-        {"stalled_mid_frame", 1, 26, false, false},
-        {"unread_replies", 15, 0, false, true}};
+    // {name, connections, each sends the header of a 100-byte call and trickles the rest one byte
+    // at a time, each sends a whole call for an 800 KiB reply and never reads it}. Idle ones
+    // exceed both connection caps.
+    const std::tuple<const char*, int, bool, bool> crowds[] = {
+        {"idle", 300, false, false}, {"slow", 40, true, false}, {"unread_replies", 15, false, true}};
     const Bytes echoBig = frame(FIRST_CALL_TRANSACTION + 1,
-                                tokenPayload(IToy::descriptor, {}, std::string(400 << 10, 'x')));
-    Bytes partial = frame(FIRST_CALL_TRANSACTION, {}, 0, 100);
-    partial.resize(partial.size() + 10);
-    for (const auto& [name, connections, upfront, trickle, unread] : crowds) {
+                                tokenPayload(IToy::descriptor, std::string(400 << 10, 'x')));
+    const Bytes header = frame(FIRST_CALL_TRANSACTION, {}, 0, 100);
+    for (const auto& [name, connections, trickle, unread] : crowds) {
         SCOPED_TRACE(name);
         std::vector<unique_fd> crowd;
         const timeval sendLimit = {1, 0};
         for (int i = 0; i < connections; ++i) {
             crowd.push_back(rawConnect(socketPath()));
             setsockopt(crowd.back().get(), SOL_SOCKET, SO_SNDTIMEO, &sendLimit, sizeof(sendLimit));
-            if (upfront > 0) send(crowd.back().get(), partial.data(), upfront, MSG_NOSIGNAL);
+            const Bytes& sent = unread ? echoBig : header;
+            if (trickle || unread) send(crowd.back().get(), sent.data(), sent.size(), MSG_NOSIGNAL);
         }
         std::atomic<bool> stop{false};
-        std::atomic<int> sent{0};
-        std::thread trickler([&, trickle = trickle, unread = unread] {
-            for (size_t i = 0; unread && i < crowd.size(); ++i, ++sent) {
-                send(crowd[i].get(), echoBig.data(), echoBig.size(), MSG_NOSIGNAL);
-            }
+        std::thread trickler([&, trickle = trickle] {
             // Longer than the deadline below, unless the calls get through first.
             for (int round = 0; trickle && !stop && round < 300; ++round) {
                 for (const unique_fd& fd : crowd) send(fd.get(), "x", 1, MSG_NOSIGNAL);
                 std::this_thread::sleep_for(std::chrono::milliseconds(200));
             }
         });
-        ASSERT_TRUE(eventually([&, unread = unread] { return !unread || sent >= 5; }));
-        // These waited behind the crowd for many seconds before; ten are still generous for
-        // five calls that each take well under a millisecond when nothing is in the way.
-        EXPECT_TRUE(finishes(
-            [name = name] {
-                for (int i = 0; i < 5; ++i) EXPECT_TRUE(echoes("through the crowd")) << name;
-            },
-            10));
+        // This waited behind the crowd for many seconds before; ten are still generous for a
+        // call that takes well under a millisecond when nothing is in the way.
+        EXPECT_TRUE(finishes([name = name] { EXPECT_TRUE(echoes(name)) << name; }, 10));
         stop = true;
         trickler.join();
     }
@@ -452,8 +396,7 @@ TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
     for (size_t i = 0; i < pipeEnds.size(); i += 2) {
         ASSERT_TRUE(android::base::Pipe(&pipeEnds[i], &pipeEnds[i + 1], O_NONBLOCK));
         const int fd = pipeEnds[i + 1].get();
-        while (write(fd, "full", 4) > 0) {
-        }
+        while (write(fd, "full", 4) > 0) continue;
         fcntl(fd, F_SETFL, 0);
         dumps.push_back(
             std::async(std::launch::async, [&toy, fd] { return toy->dump(fd, nullptr, 0); }));
@@ -466,67 +409,49 @@ TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
         }
         EXPECT_EQ(STATUS_TIMED_OUT, dump.get());
     }
-    EXPECT_TRUE(echoes("afterwards"));
 }
 
-TEST_F(RemoteTest, RegistrationFailsOnATakenNameOrAHeldLock) {
-    ASSERT_NE(nullptr, serve());
-    auto local = ndk::SharedRefBase::make<toy::ToyService>();
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), kName.c_str()));
-    spawnServer(1);
-    EXPECT_EQ(2, exitStatusOfLastServer());
-
-    stopServer(mServers.back());
-    unique_fd lock(open((mDir + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
-    spawnServer(1);
-    EXPECT_EQ(2, exitStatusOfLastServer()) << "registration still waits for the lock";
-}
-
-TEST_F(RemoteTest, LocalRegistrationReplacesAStaleSocketAndRefusesUnusablePaths) {
+TEST_F(RemoteTest, RegistrationTakesAFreeNameOrAStaleSocketOnlyAndWaitsForTheLock) {
     // Registrations made in this process last for its lifetime; keep names fresh per run.
     static int run = 0;
     const std::string suffix = std::to_string(++run);
     const std::string name = "stale.test/instance" + suffix;
     const std::string path = socketPath("stale.test%2Finstance" + suffix);
-    {
-        // Bound but never listening, as a crashed server leaves it.
-        const sockaddr_un addr = addressOf(path);
-        unique_fd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        ASSERT_EQ(0, bind(fd.get(), reinterpret_cast<const sockaddr*>(&addr), sizeof(addr)));
-    }
+    auto local = ndk::SharedRefBase::make<toy::ToyService>();
+    const ndk::SpAIBinder binder = local->asBinder();
+    ASSERT_NE(nullptr, serve());
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), kName.c_str()));
+    // Bound but never listening, as a crashed server leaves it.
+    ASSERT_TRUE(rawConnect(path, ::bind).ok());
     ASSERT_FALSE(rawConnect(path).ok());
     EXPECT_EQ(nullptr, AServiceManager_checkService(name.c_str()));
-    auto local = ndk::SharedRefBase::make<toy::ToyService>();
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    {
+        // As another registration in the directory would hold it.
+        unique_fd lock(open((mDir + "/.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(0, flock(lock.get(), LOCK_EX));
+        EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
+    }
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
     EXPECT_TRUE(rawConnect(path).ok());
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), name.c_str()));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), name.c_str()));
     EXPECT_NE(EX_NONE, AServiceManager_addService(nullptr, "x"));
     // Within the registering process the name resolves to the object itself.
-    for (auto lookup : {AServiceManager_checkService, AServiceManager_getService,
-                        AServiceManager_waitForService}) {
-        ndk::SpAIBinder found(lookup(name.c_str()));
-        EXPECT_EQ(local->asBinder(), found);
-        EXPECT_EQ(local.get(), IToy::fromBinder(found).get());
-    }
+    EXPECT_EQ(binder, ndk::SpAIBinder(AServiceManager_getService(name.c_str())));
 
     ASSERT_TRUE(android::base::WriteStringToFile("not a socket", socketPath("plain.file")));
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "plain.file"));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), "plain.file"));
     // Short as text, but every '/' takes three bytes in the file name.
     const std::string longName = std::string(40, '/');
-    EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), longName.c_str()));
-    EXPECT_EQ(nullptr, AServiceManager_checkService(longName.c_str()));
+    EXPECT_NE(EX_NONE, AServiceManager_addService(binder.get(), longName.c_str()));
 }
 
 TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
     ASSERT_NE(nullptr, serve());
-    auto local = ndk::SharedRefBase::make<toy::ToyService>();
     const std::string link = mDir + "-link";
     ASSERT_EQ(0, symlink(mDir.c_str(), link.c_str()));
     // {name, mode, owner, reached through a symbolic link}
     const std::tuple<const char*, mode_t, uid_t, bool> changes[] = {
         {"group_writable", 0775, geteuid(), false},
-        {"writable_by_others", 0757, geteuid(), false},
         {"foreign_owner", 0755, geteuid() == 0 ? 10123 : geteuid(), false},
         {"symlink", 0755, geteuid(), true}};
     for (const auto& [name, mode, owner, viaLink] : changes) {
@@ -536,27 +461,12 @@ TEST_F(RemoteTest, UntrustedServiceDirectoryIsRefused) {
         ASSERT_EQ(0, chown(mDir.c_str(), owner, -1));
         setenv("HOST_BINDER_DIR", (viaLink ? link : mDir).c_str(), 1);
         EXPECT_EQ(nullptr, AServiceManager_checkService(kName.c_str()));
-        EXPECT_NE(EX_NONE, AServiceManager_addService(local->asBinder().get(), "other.name"));
         chmod(mDir.c_str(), 0755);
         ASSERT_EQ(0, chown(mDir.c_str(), geteuid(), -1));
         setenv("HOST_BINDER_DIR", mDir.c_str(), 1);
         EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName.c_str())).get());
     }
     unlink(link.c_str());
-}
-
-TEST_F(RemoteTest, DeadServerIsReportedAndARestartIsReached) {
-    std::shared_ptr<IToy> toy = serve();
-    ASSERT_NE(nullptr, toy);
-    ASSERT_TRUE(echoes("before", toy));
-    stopServer(mServers.back());
-    std::string echoed;
-    ndk::ScopedAStatus status = toy->echoString("during", &echoed);
-    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
-    EXPECT_FALSE(AIBinder_isAlive(toy->asBinder().get()));
-    ASSERT_NE(nullptr, serve());
-    EXPECT_TRUE(echoes("after", toy));
 }
 
 }  // namespace

@@ -25,52 +25,40 @@ std::vector<uint8_t> bytesOf(const Record& record) {
     return bytesOf(parcel.get());
 }
 
-void expectEveryShapeRoundTrips(IToy* proxy) {
-    const std::string label = "it\xc3\xa9m", wide = "\xe4\xb8\xad \xf0\x9f\x99\x82";
-    Record record, expected;
-    ASSERT_TRUE(proxy->makeRecord(3, label, &record).isOk());
-    // Every field, compared as the bytes the record marshals to.
-    ndk::SharedRefBase::make<ToyService>()->makeRecord(3, label, &expected);
-    EXPECT_EQ(bytesOf(expected), bytesOf(record));
-    EXPECT_EQ(3u, record.items.size());
+// What method returns through proxy; a failed call is a test failure.
+template <typename T, typename Method, typename... Args>
+T returned(IToy* proxy, Method method, Args... args) {
+    T out{};
+    EXPECT_TRUE((proxy->*method)(args..., &out).isOk());
+    return out;
+}
 
-    std::string text;
-    std::vector<int32_t> ints, identity;
-    int64_t sum = 0;
-    bool negated = true;
-    char16_t next = 0;
-    int32_t version = 0;
-    ASSERT_TRUE(proxy->echoString(wide, &text).isOk());
-    EXPECT_EQ(wide, text);
-    ASSERT_TRUE(proxy->reverseInts({1, 2, 3}, &ints).isOk());
-    EXPECT_EQ((std::vector<int32_t>{3, 2, 1}), ints);
-    ASSERT_TRUE(proxy->addLong(INT64_MAX - 1, 1, &sum).isOk());
-    EXPECT_EQ(INT64_MAX, sum);
-    ASSERT_TRUE(proxy->negate(true, &negated).isOk());
-    EXPECT_FALSE(negated);
-    ASSERT_TRUE(proxy->nextChar(u'a', &next).isOk());
-    EXPECT_EQ(u'b', next);
+void expectEveryShapeRoundTrips(IToy* proxy) {
+    using Ints = std::vector<int32_t>;
+    const std::string label = "it\xc3\xa9m", wide = "\xe4\xb8\xad \xf0\x9f\x99\x82";
+    Record expected;
+    ndk::SharedRefBase::make<ToyService>()->makeRecord(3, label, &expected);
+    // Every field, compared as the bytes the record marshals to.
+    EXPECT_EQ(bytesOf(expected), bytesOf(returned<Record>(proxy, &IToy::makeRecord, 3, label)));
+    EXPECT_EQ(wide, returned<std::string>(proxy, &IToy::echoString, wide));
+    EXPECT_EQ((Ints{3, 2, 1}), returned<Ints>(proxy, &IToy::reverseInts, Ints{1, 2, 3}));
+    EXPECT_EQ(INT64_MAX, returned<int64_t>(proxy, &IToy::addLong, INT64_MAX - 1, int64_t{1}));
+    EXPECT_FALSE(returned<bool>(proxy, &IToy::negate, true));
+    EXPECT_EQ(u'b', returned<char16_t>(proxy, &IToy::nextChar, u'a'));
     EXPECT_TRUE(proxy->doNothing().isOk());
-    ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
-    EXPECT_EQ(2, version);
-    ASSERT_TRUE(proxy->callerIdentity(&identity).isOk());
-    EXPECT_EQ((std::vector<int32_t>{static_cast<int32_t>(getuid()), getpid()}), identity);
+    EXPECT_EQ(2, returned<int32_t>(proxy, &IToy::getInterfaceVersion));
+    EXPECT_EQ((Ints{static_cast<int32_t>(getuid()), getpid()}),
+              returned<Ints>(proxy, &IToy::callerIdentity));
 }
 
 void expectErrorsReachTheCaller(IToy* proxy) {
     int32_t unused;
-    ndk::ScopedAStatus specific = proxy->fail(EX_SERVICE_SPECIFIC, 42, "bad thing", &unused);
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
-    EXPECT_EQ(42, specific.getServiceSpecificError());
-    EXPECT_STREQ("bad thing", specific.getMessage());
-
-    ndk::ScopedAStatus exception = proxy->fail(EX_ILLEGAL_ARGUMENT, 0, "arg", &unused);
-    EXPECT_EQ(EX_ILLEGAL_ARGUMENT, exception.getExceptionCode());
-    EXPECT_STREQ("arg", exception.getMessage());
-
-    ndk::ScopedAStatus transport = proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused);
-    EXPECT_EQ(EX_TRANSACTION_FAILED, transport.getExceptionCode());
-    EXPECT_EQ(STATUS_NO_MEMORY, transport.getStatus());
+    EXPECT_EQ("Exception EX_SERVICE_SPECIFIC (-8), service-specific error 42: 'bad thing'",
+              proxy->fail(EX_SERVICE_SPECIFIC, 42, "bad thing", &unused).getDescription());
+    EXPECT_EQ("Exception EX_ILLEGAL_ARGUMENT (-3): 'arg'",
+              proxy->fail(EX_ILLEGAL_ARGUMENT, 0, "arg", &unused).getDescription());
+    EXPECT_EQ("Transaction failed: STATUS_NO_MEMORY (-12)",
+              proxy->fail(EX_TRANSACTION_FAILED, STATUS_NO_MEMORY, "", &unused).getDescription());
 }
 
 const AIBinder_Class* defineClass(const char* descriptor) {

@@ -11,6 +11,7 @@ namespace toy {
 
 // The bytes a parcel marshals to.
 std::vector<uint8_t> bytesOf(const AParcel* parcel);
+std::vector<uint8_t> bytesOf(const aidl::vendor::test::toy::Record& record);
 
 // Calls every method shape and checks what comes back, the caller's identity included.
 void expectEveryShapeRoundTrips(aidl::vendor::test::toy::IToy* proxy);

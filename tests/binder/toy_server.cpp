@@ -14,10 +14,7 @@
 
 int main(int argc, char** argv) {
     if (argc != 3 && argc != 4) return 1;
-    if (argc == 4) {
-        const auto uid = static_cast<uid_t>(strtoul(argv[3], nullptr, 10));
-        host_binder::allowCallerUids(uid, uid);
-    }
+    if (argc == 4) host_binder::allowCallerUids(atoi(argv[3]), atoi(argv[3]));
     ABinderProcess_setThreadPoolMaxThreadCount(static_cast<uint32_t>(atoi(argv[2])));
     ABinderProcess_startThreadPool();
     auto service = ndk::SharedRefBase::make<toy::ToyService>();
