@@ -273,7 +273,8 @@ TEST_F(RemoteTest, CallerCredentialsComeFromEachTransaction) {
     // {name, uid allowed by the server, uid 10123 may call}
     const std::tuple<const char*, const char*, bool> cases[] = {
         {"changes_uid_on_one_connection", "10123", true},
-        {"drops_to_a_refused_uid", "10124", false}};
+        {"drops_to_a_refused_uid", "10124", false},
+        {"private_by_default", "", false}};
     for (const auto& [name, allowedUid, appAllowed] : cases) {
         SCOPED_TRACE(name);
         ASSERT_NE(nullptr, serve(4, allowedUid));
