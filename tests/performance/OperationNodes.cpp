@@ -13,6 +13,8 @@ namespace {
 // The releases rows run on: each side of the 5.10 node-tree move and of a major number change.
 constexpr const char* kKernelReleases[] = {"4.19.157", "5.9.16", "5.10.66", "6.1.25"};
 
+constexpr char kNoNode[] = " {node} (2): No such file or directory";
+
 // The major number times 100 plus the minor number: 504 for 5.4.233.
 int kernelNumber(const std::string& release) {
     return std::stoi(release) * 100 + std::stoi(release.substr(release.find('.') + 1));
@@ -45,6 +47,14 @@ void forEachKernel(const std::string& root, const OperationRow& row, Body body) 
 }
 
 }  // namespace
+
+OperationRow testing::switchRow(std::string name, Call call, NodePair node,
+                                const std::string& message, std::string failure, Kernels kernels) {
+    const Outcome done = {"0", {Debug(message)}};
+    if (failure.empty()) failure = "Failed to " + message.substr(0, message.find(' ')) + kNoNode;
+    return Row(name, call, node, "stale", message.rfind("disable", 0) == 0 ? "0" : "1", done,
+               {"-1", {Error(failure)}}, done, kernels);
+}
 
 void OperationNodesTest::expectOutcome(Performance& service, const Outcome& expected,
                                        const std::string& node, const std::string& release) {

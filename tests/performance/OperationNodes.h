@@ -111,6 +111,12 @@ inline OperationRow Row(std::string name, Call call, const char* node, std::stri
 // Written for a row whose call leaves its node as it was.
 inline constexpr std::nullopt_t kUnchanged = std::nullopt;
 
+// A switch: writes 0 for a message that starts with "disable", else 1, and logs the message; a
+// refused write goes unnoticed. Without the node it answers -1 and logs failure, by default
+// "Failed to <the message's first word> {node} (2): No such file or directory".
+OperationRow switchRow(std::string name, Call call, NodePair node, const std::string& message,
+                       std::string failure = "", Kernels kernels = Kernels::kAll);
+
 // Names a row in test output instead of dumping its bytes.
 inline void PrintTo(const OperationRow& row, std::ostream* os) {
     *os << row.name;
