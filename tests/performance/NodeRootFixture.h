@@ -61,7 +61,6 @@ class NodeRootTest : public ::testing::Test {
     void makeNodeTakingNoBytes(const std::string& node);
 
     std::vector<LogLine> logs() const;
-    std::vector<LogLine> logsOf(const std::string& tag) const;
     void clearLogs();
 
     std::string mRoot;
