@@ -73,15 +73,11 @@ TEST_P(OperationNodesTest, NodePresent) {
         expectOutcome(*service, row.present, node, release);
         EXPECT_EQ(readNode(node), row.written.value_or(row.content));
         // The same node refusing every write, then taking no bytes of one.
-        if (row.refused) {
+        for (const auto* outcome : {&row.refused, &row.takesNoBytes}) {
+            if (!*outcome) continue;
             std::filesystem::remove(path(node));
-            makeRefusingNode(node);
-            expectOutcome(*service, *row.refused, node, release);
-        }
-        if (row.takesNoBytes) {
-            std::filesystem::remove(path(node));
-            makeNodeTakingNoBytes(node);
-            expectOutcome(*service, *row.takesNoBytes, node, release);
+            outcome == &row.refused ? makeRefusingNode(node) : makeNodeTakingNoBytes(node);
+            expectOutcome(*service, **outcome, node, release);
         }
     });
 }

@@ -93,9 +93,8 @@ struct OperationRow {
 // is for a node chosen by the kernel's tree, on the kernels given.
 inline OperationRow Row(std::string name, Call call, NodePair node, std::string content,
                         std::optional<std::string> written, Outcome present, Outcome absent,
-                        std::optional<Outcome> refused = std::nullopt,
-                        Kernels kernels = Kernels::kAll,
-                        std::optional<Outcome> takesNoBytes = std::nullopt) {
+                        std::optional<Outcome> refused = {}, Kernels kernels = Kernels::kAll,
+                        std::optional<Outcome> takesNoBytes = {}) {
     return {name, call, node, kernels, content, written, present, absent, refused, takesNoBytes};
 }
 // A row whose node is the same path on every tree, for the builders that take a pair.
