@@ -18,7 +18,6 @@ namespace {
 
 using testing::Call, testing::Debug, testing::Error, testing::Kernels, testing::OperationRow,
     testing::Outcome, testing::Row, testing::same, testing::switchRow;
-using P = Performance;
 
 constexpr NodePair kMonitor = {"/proc/memory_monitor", "/proc/vyren_mem/memory_monitor"};
 constexpr NodePair kCpustats = {"/proc/sys/kernel/task_cpustats_enable",
