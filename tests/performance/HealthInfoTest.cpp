@@ -13,7 +13,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
 using testing::Call, testing::Debug, testing::Error, testing::Kernels, testing::OperationRow,
-    testing::Outcome, testing::Row, testing::same;
+    testing::Outcome, testing::Row, testing::same, testing::switchRow;
 
 const std::string kNoNode = " {node} (2): No such file or directory";
 
@@ -42,72 +42,15 @@ OperationRow report(std::string name, Call op, NodePair node, size_t size,
     return report(name, op, node, patterned(size + 100), patterned(size), kernels, tried);
 }
 
-const OperationRow kTextRows[] = {
-    report(OP(getHICpuLoading), HI("cpu_loading"), 4096),
-    report(OP(getHICpuInfo), HI("cpu_info"), 4096),
-    report(OP(getschedlatency), HI("sched_latency"), 4096),
-    report(OP(getiowait), HI("iowait"), 4096),
-    report(OP(getfsyncwait), HI("fsync_wait"), 4096),
-    report(OP(getionwait), HI("ion_wait"), 4096),
-    report(OP(getallocwait), HI("alloc_wait"), 4096),
-    report(OP(getdstate), HI("dstate"), 4096),
-    report(OP(getDevinfoDDRInfo), same("/proc/devinfo/ddr"), 4096),
-    report(OP(getDdrResidency), same("/sys/power/ddr/residency"), 4096),
-    // The eMMC node stands in when the UFS node yields nothing.
-    report(OP(getDevinfoUfsInfo), same("/proc/devinfo/emmc"), 4096, Kernels::kAll,
-           {missing("/proc/devinfo/ufs")}),
-    report(OP(getDevinfoUfsVersionInfo), same("/proc/devinfo/emmc_version"), 4096, Kernels::kAll,
-           {missing("/proc/devinfo/ufs_version")}),
-};
-INSTANTIATE_OPERATION_ROWS(HealthAndDeviceText, kTextRows);
-
-const OperationRow kReportRows[] = {
-    report(OP(readKmallocDebugCreate), LEAK("kmalloc_debug_create"), 4096),
-    report(OP(getKmallocOrigin), LEAK("kmalloc_origin"), 4096),
-    report(OP(getKmallocUsed), LEAK("kmalloc_used"), 512),
-    report(OP(getKmallocDebug), LEAK("kmalloc_debug"), 4096),
-    report(OP(readMemleakDetectThread), LEAK("memleak_detect_thread"), 32),
-    report(OP(readVaFeature), LEAK("va_feature"), 32),
-    report("getVmallocDebug_older", testing::call(&Performance::getVmallocDebug),
-           LEAK("vmalloc_debug"), 4096, Kernels::kOlder),
-    report("getVmallocDebug_newer", testing::call(&Performance::getVmallocDebug),
-           LEAK("stack_hash"), 524288, Kernels::kNewer),
-    report(OP(getVmallocUsed), LEAK("vmalloc_used"), 128),
-    report(OP(getVmallocHashCal), LEAK("vmalloc_hash_cal"), 128),
-    // A NUL ends the text; an empty node is an empty report.
-    report("getVmallocUsed_nul", testing::call(&Performance::getVmallocUsed), LEAK("vmalloc_used"),
-           std::string("before\0after", 12), "before"),
-    report("getVmallocUsed_empty", testing::call(&Performance::getVmallocUsed),
-           LEAK("vmalloc_used"), "", ""),
-};
-INSTANTIATE_OPERATION_ROWS(LeakDetectionReports, kReportRows);
-
-// A refused switch write goes unnoticed.
-OperationRow flip(std::string name, Call op, NodePair node, const std::string& message,
-                  const char* written) {
-    const Outcome done = {"0", {Debug(message)}};
-    const std::string verb = message.substr(0, message.find(' '));
-    return Row(name, op, node, "stale", written, done,
-               {"-1", {Error("Failed to " + verb + kNoNode)}}, done);
-}
-
-const OperationRow kSwitchRows[] = {
-    flip(OP(enableKmallocDebug), LEAK("kmalloc_debug_enable"), "enable Kmalloc debug", "1"),
-    flip(OP(disableKmallocDebug), LEAK("kmalloc_debug_enable"), "disable Kmalloc debug", "0"),
-    flip(OP(enableVmallocDebug), LEAK("vmalloc_debug_enable"), "eable Vmalloc debug", "1"),
-    flip(OP(disableVmallocDebug), LEAK("vmalloc_debug_enable"), "disable Vmalloc debug", "0"),
-};
-INSTANTIATE_OPERATION_ROWS(LeakDetectionSwitches, kSwitchRows);
-
 // A value write puts its text over the start of the node's bytes, with no newline and no
-// truncation, and logs it after the label. Writes that take no bytes are logged as failed only
-// where zero counts as failure.
+// truncation, and logs it after the label, by default the operation's name. Writes that take no
+// bytes are logged as failed only where zero counts as failure.
 const std::string kStale = "stale bytes of the node\n";
 const LogLine kNoBytes = Error("Failed to write {node} (0): Success");
 
 OperationRow value(std::string name, Call op, NodePair node, const std::string& text,
-                   const std::string& label, bool zeroFails) {
-    const LogLine done = Debug("enable " + label + "=" + text);
+                   bool zeroFails, const char* label = nullptr) {
+    const LogLine done = Debug("enable " + (label ? label : name) + "=" + text);
     return Row(name, op, node, kStale, text + kStale.substr(text.size()),
                {std::to_string(text.size()), {done}}, {"-2", {Error("Failed to open" + kNoNode)}},
                Outcome{"-1", {Error("Failed to write {node} (28): No space left on device"), done}},
@@ -117,52 +60,54 @@ OperationRow value(std::string name, Call op, NodePair node, const std::string& 
 
 // Typed creation has a node on the newer tree only, which older kernels address as well.
 constexpr NodePair kTypedCreate = same("/proc/vyren_mem/memleak_detect/kmalloc_debug_create");
+constexpr char kCreate[] = "WriteKmallocDebugCreate";
+const std::string kType = "kmalloc-64 %n%s";
 
-const OperationRow kValueRows[] = {
-    value(OP(writeKmallocDebugCreate, -1), LEAK("kmalloc_debug_create"), "-1",
-          "WriteKmallocDebugCreate", true),
-    value(OP(writeMemleakDetectThread, 300), LEAK("memleak_detect_thread"), "300",
-          "writeMemleakDetectThread", true),
-    value(OP(writeVaFeature, INT32_MIN), LEAK("va_feature"), "-2147483648", "writeVaFeature", false),
-    value(OP(writeKmallocDebugCreateWithType, std::string("kmalloc-64 %n%s")), kTypedCreate,
-          "kmalloc-64 %n%s", "WriteKmallocDebugCreate", true),
-    Row("writeKmallocDebugCreateWithType_empty",
-        testing::call(&Performance::writeKmallocDebugCreateWithType, std::string()), kTypedCreate,
-        kStale, testing::kUnchanged, {"0", {kNoBytes, Debug("enable WriteKmallocDebugCreate=")}},
+// One row per read path and buffer size: a fixed node, a node with a stand-in, and a node chosen by
+// the tree, on one or both sides of it.
+const OperationRow kRows[] = {
+    report(OP(getHICpuLoading), HI("cpu_loading"), 4096),
+    // The eMMC node stands in when the UFS node yields nothing.
+    report(OP(getDevinfoUfsInfo), same("/proc/devinfo/emmc"), 4096, Kernels::kAll,
+           {missing("/proc/devinfo/ufs")}),
+    report(OP(readKmallocDebugCreate), LEAK("kmalloc_debug_create"), 4096),
+    report(OP(getKmallocUsed), LEAK("kmalloc_used"), 512),
+    report(OP(readMemleakDetectThread), LEAK("memleak_detect_thread"), 32),
+    report("older_" OP(getVmallocDebug), LEAK("vmalloc_debug"), 4096, Kernels::kOlder),
+    report("newer_" OP(getVmallocDebug), LEAK("stack_hash"), 524288, Kernels::kNewer),
+    report(OP(getVmallocUsed), LEAK("vmalloc_used"), 128),
+    // A NUL ends the text.
+    report("nul_" OP(getVmallocUsed), LEAK("vmalloc_used"), std::string("x\0y", 3), "x"),
+    // A refused switch write goes unnoticed.
+    switchRow(OP(enableKmallocDebug), LEAK("kmalloc_debug_enable"), "enable Kmalloc debug"),
+    switchRow(OP(disableKmallocDebug), LEAK("kmalloc_debug_enable"), "disable Kmalloc debug"),
+    switchRow(OP(enableVmallocDebug), LEAK("vmalloc_debug_enable"), "eable Vmalloc debug"),
+    switchRow(OP(disableVmallocDebug), LEAK("vmalloc_debug_enable"), "disable Vmalloc debug"),
+    value(OP(writeKmallocDebugCreate, -1), LEAK("kmalloc_debug_create"), "-1", true, kCreate),
+    value(OP(writeMemleakDetectThread, 300), LEAK("memleak_detect_thread"), "300", true),
+    value(OP(writeVaFeature, INT32_MIN), LEAK("va_feature"), "-2147483648", false),
+    value(OP(writeKmallocDebugCreateWithType, kType), kTypedCreate, kType, true, kCreate),
+    Row("empty_" OP(writeKmallocDebugCreateWithType, std::string()), kTypedCreate, kStale,
+        testing::kUnchanged, {"0", {kNoBytes, Debug("enable " + std::string(kCreate) + "=")}},
         {"-2", {Error("Failed to open" + kNoNode)}}),
 };
-INSTANTIATE_OPERATION_ROWS(LeakDetectionValues, kValueRows);
+INSTANTIATE_OPERATION_ROWS(HealthAndLeakDetection, kRows);
 
 using HealthInfoTest = NodeRootServiceTest;
 
-// The contract is the item count and key order of each template, whether or not the node exists.
-TEST_F(HealthInfoTest, DescriptorsAnswerTheirNodesTemplateWithoutOpeningIt) {
-    using Describe = ::ndk::ScopedAStatus (Performance::*)(ProcReqHal*);
-    const std::tuple<Describe, const char*, size_t, const char*> templates[] = {
-        {&Performance::getHIEmcdrvIowait, "emcdrv_iowait", 40, "emcdrv_iowait_low_thresh_ms"},
-        {&Performance::getHIIowaitHung, "iowait_hung", 2, "iowait_hung_cnt"},
-        {&Performance::getHISchedLatency, "sched_latency", 11, "sched_low_thresh_ms"},
-        {&Performance::getHIFsyncWait, "fsync_wait", 11, "fsync_low_thresh_ms"},
-        {&Performance::getHIIowait, "iowait", 11, "iowait_low_thresh_ms"},
-        {&Performance::getHIUfsFeature, "ufs_feature", 25, "hpb_hit_cnt"},
-        {&Performance::getHIIonWait, "ion_wait", 5, "total_ion_wait_h_cnt"},
-        {&Performance::getHIAllocWait, "alloc_wait", 8, "total_alloc_wait_h_cnt"},
-        {&Performance::getHIDState, "dstate", 11, "dstate_low_thresh_ms"},
-        {&Performance::getHIKswapdLoading, "kswapd_loading", 2, "critical"},
-        {&Performance::getHIScmCall, "scm_call", 11, "scmcall_low_thresh_ms"}};
+// The contract is the item count and key order of the template, whether or not the node exists.
+TEST_F(HealthInfoTest, DescriptorAnswersItsNodesTemplateWithoutOpeningIt) {
     ProcReqHal request{"stale", {{"stale", "=", 7}}};
-    for (const auto& [op, node, count, firstKey] : templates) {
-        ASSERT_TRUE(((*mService).*op)(&request).isOk());
-        EXPECT_EQ(request.path, std::string("/proc/vyren_healthinfo/") + node);
-        ASSERT_EQ(request.items.size(), count) << node;
-        EXPECT_EQ(request.items[0].key, firstKey);
-    }
+    ASSERT_TRUE(mService->getHIEmcdrvIowait(&request).isOk());
+    EXPECT_EQ(request.path, "/proc/vyren_healthinfo/emcdrv_iowait");
+    ASSERT_EQ(request.items.size(), 40u);
+    EXPECT_EQ(request.items[0].key, "emcdrv_iowait_low_thresh_ms");
     EXPECT_TRUE(logs().empty());
 }
 
 TEST_F(HealthInfoTest, F2fsDeviceIsTheLastOfTheBusiestInDirectoryOrder) {
     const std::pair<const char*, const char*> devices[] = {
-        {"dm-0", "10\n"}, {"dm-5", "10"}, {"tmemory", "10"}, {"sda9", "99"}, {"dm-9", "busy"}};
+        {"dm-0", "10\n"}, {"tmemory", "10"}, {"sda9", "99"}, {"dm-9", "busy"}};
     for (const auto& [name, moved] : devices) {
         writeNode("/sys/fs/f2fs/" + std::string(name) + "/moved_blocks_background", moved);
     }
@@ -179,7 +124,7 @@ TEST_F(HealthInfoTest, MovedBlocksParseWholeIntsWithHexAfter0x) {
     ASSERT_TRUE(mService->getF2fsMovedBlks(&total).isOk());
     EXPECT_EQ(total, "0");
     for (const auto& [foreground, background, sum] :
-         {std::tuple{"0x10\n", "5", "21"}, {"12abc", "5", "5"}, {"", "7", "7"}}) {
+         {std::tuple{"0x10\n", "5", "21"}, {"12abc", "5", "5"}}) {
         writeNode("/sys/fs/f2fs/dm-3/moved_blocks_foreground", foreground);
         writeNode("/sys/fs/f2fs/dm-3/moved_blocks_background", background);
         ASSERT_TRUE(mService->getF2fsMovedBlks(&total).isOk());

@@ -105,14 +105,6 @@ std::vector<LogLine> NodeRootTest::logs() const {
     return gLogs;
 }
 
-std::vector<LogLine> NodeRootTest::logsOf(const std::string& tag) const {
-    std::vector<LogLine> lines;
-    for (const auto& line : logs()) {
-        if (line.tag == tag) lines.push_back(line);
-    }
-    return lines;
-}
-
 void NodeRootTest::clearLogs() {
     std::lock_guard<std::mutex> lock(gLogLock);
     gLogs.clear();

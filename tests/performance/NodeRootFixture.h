@@ -52,9 +52,6 @@ class NodeRootTest : public ::testing::Test {
     std::string path(const std::string& node) const { return mRoot + node; }
     void writeNode(const std::string& node, const std::string& content);
     std::string readNode(const std::string& node) const;
-    bool exists(const std::string& node) const {
-        return std::filesystem::exists(std::filesystem::symlink_status(path(node)));
-    }
     void makeDirectoryAt(const std::string& node) {
         std::filesystem::create_directories(path(node));
     }
@@ -64,7 +61,6 @@ class NodeRootTest : public ::testing::Test {
     void makeNodeTakingNoBytes(const std::string& node);
 
     std::vector<LogLine> logs() const;
-    std::vector<LogLine> logsOf(const std::string& tag) const;
     void clearLogs();
 
     std::string mRoot;

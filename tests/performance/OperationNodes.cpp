@@ -1,14 +1,19 @@
 #include "OperationNodes.h"
 
+#include <android-base/strings.h>
+
 #include <filesystem>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
-using testing::Kernels, testing::kKernelReleases, testing::OperationRow, testing::Outcome;
+using testing::Kernels, testing::OperationRow, testing::Outcome;
 
 namespace {
 
-constexpr char kTag[] = "PerformanceService";
+// The releases rows run on: each side of the 5.10 node-tree move and of a major number change.
+constexpr const char* kKernelReleases[] = {"4.19.157", "5.9.16", "5.10.66", "6.1.25"};
+
+constexpr char kNoNode[] = " {node} (2): No such file or directory";
 
 // The major number times 100 plus the minor number: 504 for 5.4.233.
 int kernelNumber(const std::string& release) {
@@ -16,21 +21,17 @@ int kernelNumber(const std::string& release) {
 }
 
 // A row's outcome with its node and kernel filled in.
-Outcome substituted(const Outcome& outcome, const std::string& node, const std::string& release) {
-    const std::string kernel = std::to_string(kernelNumber(release));
-    const std::pair<std::string, std::string> keys[] = {
-        {"{node}", node}, {"{version}", release}, {"{kernel}", kernel}};
-    const auto fill = [&](std::string text) {
-        for (const auto& [key, value] : keys) {
-            for (size_t at; (at = text.find(key)) != std::string::npos;)
-                text.replace(at, key.size(), value);
-        }
-        return text;
+Outcome substituted(Outcome outcome, const std::string& node, const std::string& release) {
+    const std::string keys[][2] = {{"{node}", node},
+                                   {"{version}", release},
+                                   {"{kernel}", std::to_string(kernelNumber(release))}};
+    const auto fill = [&](std::string& text) {
+        for (const auto& [key, value] : keys)
+            text = android::base::StringReplace(text, key, value, true);
     };
-    Outcome out = {fill(outcome.result), {}};
-    for (const auto& line : outcome.logs)
-        out.logs.push_back({line.tag, line.priority, fill(line.text)});
-    return out;
+    fill(outcome.result);
+    for (auto& line : outcome.logs) fill(line.text);
+    return outcome;
 }
 
 // Runs body once per kernel the row holds for, each time on a node root holding no nodes.
@@ -38,8 +39,7 @@ template <typename Body>
 void forEachKernel(const std::string& root, const OperationRow& row, Body body) {
     for (const char* release : kKernelReleases) {
         const bool newer = kernelNumber(release) >= 510;
-        if ((row.kernels == Kernels::kOlder && newer) || (row.kernels == Kernels::kNewer && !newer))
-            continue;
+        if (row.kernels != Kernels::kAll && newer != (row.kernels == Kernels::kNewer)) continue;
         SCOPED_TRACE(row.name + " on " + release);
         for (const char* top : {"/proc", "/sys", "/dev"}) std::filesystem::remove_all(root + top);
         body(release, std::string(newer ? row.node.newer : row.node.older));
@@ -48,34 +48,12 @@ void forEachKernel(const std::string& root, const OperationRow& row, Body body) 
 
 }  // namespace
 
-const char* const testing::kKernelReleases[5] = {"4.19.157", "5.4.233", "5.9.16", "5.10.66",
-                                                 "6.1.25"};
-
-LogLine testing::Debug(std::string text) {
-    return {kTag, ANDROID_LOG_DEBUG, std::move(text)};
-}
-LogLine testing::Info(std::string text) {
-    return {kTag, ANDROID_LOG_INFO, std::move(text)};
-}
-LogLine testing::Error(std::string text) {
-    return {kTag, ANDROID_LOG_ERROR, std::move(text)};
-}
-
-OperationRow testing::Row(std::string name, Call call, NodePair node, std::string content,
-                          std::optional<std::string> written, Outcome present, Outcome absent,
-                          std::optional<Outcome> refused, Kernels kernels,
-                          std::optional<Outcome> takesNoBytes) {
-    return {name, call, node, kernels, content, written, present, absent, refused, takesNoBytes};
-}
-
-OperationRow testing::Row(std::string name, Call call, const char* node, std::string content,
-                          std::optional<std::string> written, Outcome present, Outcome absent,
-                          std::optional<Outcome> refused) {
-    return Row(name, call, NodePair{node, node}, content, written, present, absent, refused);
-}
-
-void testing::PrintTo(const OperationRow& row, std::ostream* os) {
-    *os << row.name;
+OperationRow testing::switchRow(std::string name, Call call, NodePair node,
+                                const std::string& message, std::string failure, Kernels kernels) {
+    const Outcome done = {"0", {Debug(message)}};
+    if (failure.empty()) failure = "Failed to " + message.substr(0, message.find(' ')) + kNoNode;
+    return Row(name, call, node, "stale", message.rfind("disable", 0) == 0 ? "0" : "1", done,
+               {"-1", {Error(failure)}}, done, kernels);
 }
 
 void OperationNodesTest::expectOutcome(Performance& service, const Outcome& expected,
@@ -95,15 +73,11 @@ TEST_P(OperationNodesTest, NodePresent) {
         expectOutcome(*service, row.present, node, release);
         EXPECT_EQ(readNode(node), row.written.value_or(row.content));
         // The same node refusing every write, then taking no bytes of one.
-        if (row.refused) {
+        for (const auto* outcome : {&row.refused, &row.takesNoBytes}) {
+            if (!*outcome) continue;
             std::filesystem::remove(path(node));
-            makeRefusingNode(node);
-            expectOutcome(*service, *row.refused, node, release);
-        }
-        if (row.takesNoBytes) {
-            std::filesystem::remove(path(node));
-            makeNodeTakingNoBytes(node);
-            expectOutcome(*service, *row.takesNoBytes, node, release);
+            outcome == &row.refused ? makeRefusingNode(node) : makeNodeTakingNoBytes(node);
+            expectOutcome(*service, **outcome, node, release);
         }
     });
 }

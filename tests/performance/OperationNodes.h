@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -23,15 +24,12 @@ namespace aidl::vendor::vyren::hardware::performance::testing {
 // decimal, strings as they stand, "" for an operation without a result.
 using Call = std::function<std::string(Performance&)>;
 
-inline std::string resultText(const std::string& value) {
-    return value;
-}
-inline std::string resultText(bool value) {
-    return value ? "1" : "0";
-}
+// A result's text; a test file adds an overload for a parcelable result its rows compare.
 template <typename T>
-std::enable_if_t<std::is_integral_v<T>, std::string> resultText(T value) {
-    return std::to_string(value);
+std::string resultText(const T& value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
 }
 
 // call(&Performance::writeMemMonitor, "cmd") is the row's call with that argument.
@@ -54,9 +52,13 @@ Call call(::ndk::ScopedAStatus (Performance::*op)(Params...), Args... args) {
 // Log lines under the service's tag. In a row's results and texts "{node}" stands for the node's
 // device path, "{version}" for the kernel's release, e.g. 5.4.233, and "{kernel}" for its major
 // number times 100 plus its minor number, e.g. 504.
-LogLine Debug(std::string text);
-LogLine Info(std::string text);
-LogLine Error(std::string text);
+constexpr char kServiceTag[] = "PerformanceService";
+struct ServiceLog {
+    int priority;
+    LogLine operator()(std::string text) const { return {kServiceTag, priority, std::move(text)}; }
+};
+inline constexpr ServiceLog Debug{ANDROID_LOG_DEBUG}, Info{ANDROID_LOG_INFO},
+    Error{ANDROID_LOG_ERROR};
 
 // The kernels a row holds for: every one, or those on one side of the 5.10 node-tree move.
 enum class Kernels { kAll, kOlder, kNewer };
@@ -89,26 +91,35 @@ struct OperationRow {
 
 // Rows are built by functions rather than braces, so that a table of them stays compact. This one
 // is for a node chosen by the kernel's tree, on the kernels given.
-OperationRow Row(std::string name, Call call, NodePair node, std::string content,
-                 std::optional<std::string> written, Outcome present, Outcome absent,
-                 std::optional<Outcome> refused = std::nullopt, Kernels kernels = Kernels::kAll,
-                 std::optional<Outcome> takesNoBytes = std::nullopt);
-// A row whose node is the same on every kernel.
-OperationRow Row(std::string name, Call call, const char* node, std::string content,
-                 std::optional<std::string> written, Outcome present, Outcome absent,
-                 std::optional<Outcome> refused = std::nullopt);
+inline OperationRow Row(std::string name, Call call, NodePair node, std::string content,
+                        std::optional<std::string> written, Outcome present, Outcome absent,
+                        std::optional<Outcome> refused = {}, Kernels kernels = Kernels::kAll,
+                        std::optional<Outcome> takesNoBytes = {}) {
+    return {name, call, node, kernels, content, written, present, absent, refused, takesNoBytes};
+}
 // A row whose node is the same path on every tree, for the builders that take a pair.
 constexpr NodePair same(const char* node) {
     return {node, node};
 }
+// A row whose node is the same on every kernel.
+inline OperationRow Row(std::string name, Call call, const char* node, std::string content,
+                        std::optional<std::string> written, Outcome present, Outcome absent,
+                        std::optional<Outcome> refused = std::nullopt) {
+    return Row(name, call, same(node), content, written, present, absent, refused);
+}
 // Written for a row whose call leaves its node as it was.
 inline constexpr std::nullopt_t kUnchanged = std::nullopt;
 
-// The releases the generic tests run on, older trees first.
-extern const char* const kKernelReleases[5];
+// A switch: writes 0 for a message that starts with "disable", else 1, and logs the message; a
+// refused write goes unnoticed. Without the node it answers -1 and logs failure, by default
+// "Failed to <the message's first word> {node} (2): No such file or directory".
+OperationRow switchRow(std::string name, Call call, NodePair node, const std::string& message,
+                       std::string failure = "", Kernels kernels = Kernels::kAll);
 
 // Names a row in test output instead of dumping its bytes.
-void PrintTo(const OperationRow& row, std::ostream* os);
+inline void PrintTo(const OperationRow& row, std::ostream* os) {
+    *os << row.name;
+}
 
 }  // namespace aidl::vendor::vyren::hardware::performance::testing
 
