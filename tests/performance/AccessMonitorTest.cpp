@@ -42,10 +42,6 @@ const AcmCase kCases[] = {
     {"getAcmDirFlag", call(&P::getAcmDirFlag, kName), 0x80486107, kFlag0 + kDir, "-3", "0", "0"},
     {"addAcmNomediaDirName", call(&P::addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1",
      "1"},
-    {"delAcmNomediaDirName", call(&P::delAcmNomediaDirName, kName), 0x80406109, kDir, "-1", "-1",
-     "1"},
-    {"searchAcmNomediaDirName", call(&P::searchAcmNomediaDirName, kName), 0x8040610a, kDir, "-1",
-     "-1", "1"},
 };
 
 std::vector<testing::OperationRow> acmRows() {

@@ -5,14 +5,12 @@
 
 #include <filesystem>
 #include <thread>
+#include <tuple>
 
 #include "OperationNodes.h"
 #include "ProcessTables.h"
 
 #define JANK "/proc/jank_info/cpu_jank_info/"
-// An operation's name and its call with the given arguments.
-// A CLM node's reader and writer.
-#define CLM(read, write, node) reader(OP(read), JANK node), writer(OP(write, kValue), JANK node)
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
@@ -51,33 +49,25 @@ constexpr char kReport[] =
     "PID: 12 (c)\n5";
 constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
 
+// One reader of each kind, and one CLM node's pair: the rest differ only in their node.
 // clang-format off
 const OperationRow kRows[] = {
-    reader(OP(readJankCpuInfo), JANK "cpu_info"), reader(OP(readCallStack), JANK "callstack"),
+    reader(OP(readJankCpuInfo), JANK "cpu_info"),
     reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
-    reader(OP(readJankCpuLoad32), JANK "cpu_load32", {kQxtr}),
-    reader(OP(readJankCpuInfoSig), JANK "cpu_info_sig"),
-    reader(OP(readJankCpuLoad32Scale), JANK "cpu_load32_scale"),
-    reader(OP(readJankCpuIndicator), JANK "load_indicator"),
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),
-    CLM(readClmEnable, writeClmEnable, "clm_enable"),
-    CLM(readFgFreqsThreshold, writeFgFreqsThreshold, "fg_freqs_threshold"),
-    CLM(readClmHighLoadAll, writeClmHighLoadAll, "clm_highload_all"),
-    CLM(readClmHighLoadGrp, writeClmHighLoadGrp, "clm_highload_grp"),
-    CLM(readClmLowLoadGrp, writeClmLowLoadGrp, "clm_lowload_grp"),
-    CLM(getClmMuxSwitch, setClmMuxSwitch, "clm_mux_switch"),
+    reader(OP(readClmEnable), JANK "clm_enable"),
+    writer(OP(writeClmEnable, kValue), JANK "clm_enable"),
+    // The threshold selector picks one of two nodes, and another names none; an empty value is a
+    // write of nothing, which is no failure.
     reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
-    writer("setClmThreshold0", call(&P::setClmThreshold, kValue, 0), JANK "bg_dstat_percent"),
-    reader("getClmThreshold1", call(&P::getClmThreshold, 1), JANK "clm_report_threshold"),
     writer("setClmThreshold1", call(&P::setClmThreshold, kValue, 1), JANK "clm_report_threshold"),
-    // Another selector names no node; an empty value is a write of nothing, which is no failure.
     row("getClmThreshold2", call(&P::getClmThreshold, 2), JANK "bg_dstat_percent",
         "30\n", {kOpenError, {}}, {kOpenError, {}}),
     row("setClmThreshold2", call(&P::setClmThreshold, kValue, -1),
         JANK "bg_dstat_percent", "30\n", {"", {kNoPath}}, {"", {kNoPath}}),
-    row("writeClmEmpty", call(&P::writeClmHighLoadAll, std::string()),
-        JANK "clm_highload_all", "85\n", {"", {}}, {"", {kNoNode}}),
+    row("writeClmEmpty", call(&P::writeClmEnable, std::string()),
+        JANK "clm_enable", "85\n", {"", {}}, {"", {kNoNode}}),
     row(OP(readJankTaskTrack), kTrack, kReport, {std::string("Task-data:x;") + kSection120 +
         "PID: 13 (b);3;PID: 12 (c);5;", {}}, {kOpenError, {}}),
     row(OP(readJankTaskTrackByPid, 12), kTrack, kReport,
@@ -89,18 +79,15 @@ const OperationRow kRows[] = {
 // clang-format on
 INSTANTIATE_OPERATION_ROWS(JankNodes, kRows);
 
-using JankVersionTest = NodeRootTest;
+using JankVersionTest = NodeRootServiceTest;
 
+// An empty first line is not kept, so the next call reads the node again.
 TEST_F(JankVersionTest, KeepsTheFirstNonEmptyLine) {
-    auto service = makeService("5.15.94");
-    const auto version = [&] { return call(&P::readJankVersion)(*service); };
-    EXPECT_EQ(version(), "cannot access jank version");
-    writeNode(JANK "version", "\nv3\n");
-    EXPECT_EQ(version(), "");
-    writeNode(JANK "version", "v3.2\n");
-    EXPECT_EQ(version(), "v3.2");
-    writeNode(JANK "version", "v4\n");
-    EXPECT_EQ(version(), "v3.2");
+    for (const auto& [content, version] :
+         {std::pair{"\nv3\n", ""}, {"v3.2\n", "v3.2"}, {"v4\n", "v3.2"}}) {
+        writeNode(JANK "version", content);
+        EXPECT_EQ(call(&P::readJankVersion)(*mService), version);
+    }
 }
 
 const auto add = [](int32_t group, int32_t pid, bool clear = false) {
@@ -120,11 +107,8 @@ LogLine refused(const std::string& command) {
                  " (28): No space left on device");
 }
 
-struct Step {
-    Call call;
-    std::string written;  // to task_track; "" for nothing
-    std::string result;
-};
+// A call, what task_track receives ("" for nothing) and the call's result.
+using Step = std::tuple<Call, std::string, std::string>;
 struct Sequence {
     const char* name;
     std::optional<std::string> report;  // nullopt: a task_track node that refuses every write
@@ -144,8 +128,8 @@ const LogLine kFullLog = Error("Cannot add more task, current size 4 for 105");
 // clang-format off
 const Sequence kSequences[] = {
     {"Arguments", "", true, false, {{g2, {1234}}},
-     {{add(6, 1234), "", "-1"}, {add(-1, 1234), "", "-1"}, {add(1, 99), "", "-1"},
-      {add(1, 100), "100", "0"}, {add(2, 1234), "", "0"}, {add(3, 1234), "1234", "0"}},
+     {{add(-1, 1234), "", "-1"}, {add(1, 100), "100", "0"}, {add(2, 1234), "", "0"},
+      {add(3, 1234), "1234", "0"}},
      {{g1, {100}}, {g2, {1234}}, {g3, {1234}}}, {}},
     {"Debug", "", true, true, {{g1, {1234, 5678}}},
      {{add(3, 999), "999", "0"}, {add(6, 999), "", "-1"}, {remove(1, 99), "", ""},
@@ -170,9 +154,8 @@ const Sequence kSequences[] = {
       {add(2, 5678, true), "-4321", "0"}, {add(2, 5678, true), "", "0"}},
      {{g1, {101}}, {g2, {5678}}}, {}},
     {"RemoveAndClear", "", true, false, {{g1, {300, 400}}, {g3, {1234, 5678}}},
-     {{remove(1, 300), "-\x2C", ""}, {remove(1, 300), "", ""}, {remove(6, 400), "", ""},
-      {clear(3), "-1234 -5678", ""}, {clear(3), "", ""}},
-     {{g1, {400}}, {g3, {}}}, {removing(1, 300), removing(1, 300), removing(6, 400)}},
+     {{remove(1, 300), "-\x2C", ""}, {remove(1, 300), "", ""}, {clear(3), "-1234 -5678", ""},
+      {clear(3), "", ""}}, {{g1, {400}}, {g3, {}}}, {removing(1, 300), removing(1, 300)}},
     {"Refused", std::nullopt, true, false, {{g1, {300}}, {g2, {5678}}},
      {{add(3, 2000), "", "0"}, {remove(1, 300), "", ""}, {clear(2), "", ""}},
      {{g1, {300}}, {g2, {5678}}},
@@ -201,14 +184,14 @@ TEST_F(TaskTrackTest, CallSequences) {
         std::filesystem::remove_all(path(kTrack));
         if (!sequence.report) makeRefusingNode(kTrack);
         auto service = start(sequence.before, sequence.enabled, sequence.debug);
-        for (const auto& step : sequence.steps) {
+        for (const auto& [op, written, result] : sequence.steps) {
             if (sequence.report) writeNode(kTrack, *sequence.report);
-            EXPECT_EQ(step.call(*service), step.result);
+            EXPECT_EQ(op(*service), result);
             if (!sequence.report) continue;
             // A command overwrites the start of the node, as a plain file models it.
             const std::string& report = *sequence.report;
             EXPECT_EQ(readNode(kTrack),
-                      step.written + report.substr(std::min(step.written.size(), report.size())));
+                      written + report.substr(std::min(written.size(), report.size())));
         }
         std::lock_guard<std::mutex> lock(gTaskTrackLock);
         EXPECT_EQ(gTaskTrackTable, sequence.after);

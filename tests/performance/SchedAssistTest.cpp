@@ -61,24 +61,15 @@ const OperationRow kRows[] = {
     Row(OP(setSlideboost, "1"),
         {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, "0", "1",
         kDone, absentOn(""), kWriteFull),
-    Row(OP(setSchedAssistScene, "2"),
-        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, "0", "2", kDone,
-        absentOn(""), kWriteFull),
     Row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, "60",
         "90", kDone, kOpenAbsent, kOpenFull),
     Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
         Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
-    Row(OP(setFgUids, "10150"), "/proc/fg_info/fg_uids", "10123", "10150", kDone, kOpenAbsent,
-        kOpenFull),
     Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
         absentOn(""), kDone),
     Row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2", kZero,
         absentOn("-1"), kZero),
-    Row(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, "stale", "2041", kZero,
-        absentOn("-1"), kZero),
     Row(OP(enableTaskPlacementDecision), same(TPD "tpd_enable"), "0", "1", kZero, absentOn("-1"),
-        kZero, kOlder),
-    Row(OP(disableTaskPlacementDecision), same(TPD "tpd_enable"), "1", "0", kZero, absentOn("-1"),
         kZero, kOlder),
     unreached("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
               TPD "tpd_enable", kNewer, {"-1", {}}),
@@ -118,20 +109,19 @@ class SchedAssistTest : public NodeRootTest {
 TEST_F(SchedAssistTest, AppPrefixPicksTheTgidNodeWhereverItExists) {
     constexpr char kTgid[] = "/proc/sys/kernel/sched_impt_tgid";
     constexpr char kTask[] = ASSIST "sched_impt_task";
-    for (const char* release : {"4.19.157", "6.1.25"}) {
-        writeNode(kTgid, "0");
-        writeNode(kTask, "0");
-        auto service = quietService(release);
-        service->setSchedAssistImptTask("au 4321");
-        service->setSchedAssistImptTask("au");
-        EXPECT_EQ(readNode(kTgid), "4321");
-        EXPECT_EQ(readNode(kTask), "au");
-        // Looked for at each call, not once.
-        std::filesystem::remove(path(kTgid));
-        service->setSchedAssistImptTask("au 4322");
-        EXPECT_EQ(readNode(kTask), "au 4322");
-        EXPECT_TRUE(logs().empty());
-    }
+    // Used on a newer kernel too, while it is there.
+    writeNode(kTgid, "0");
+    writeNode(kTask, "0");
+    auto service = quietService("6.1.25");
+    service->setSchedAssistImptTask("au 4321");
+    service->setSchedAssistImptTask("au");
+    EXPECT_EQ(readNode(kTgid), "4321");
+    EXPECT_EQ(readNode(kTask), "au");
+    // Looked for at each call, not once.
+    std::filesystem::remove(path(kTgid));
+    service->setSchedAssistImptTask("au 4322");
+    EXPECT_EQ(readNode(kTask), "au 4322");
+    EXPECT_TRUE(logs().empty());
     makeRefusingNode(kTgid);
     // Too long for the stream's buffer, so the put itself reaches the node.
     quietService("5.4.233")->setSchedAssistImptTask("au " + std::string(9000, '1'));
@@ -175,11 +165,9 @@ TEST_F(SchedAssistTest, WakerRepliesBecomeRecordsInKernelOrder) {
     const std::string two = "1;2;x;4;5;6;7;8\n9;10;y;12;13;14;15;16\n";
     // The kernel's reply, the count asked for and the answer.
     const std::tuple<std::string, int32_t, const char*> kCases[] = {
-        {two, 3, "1 1,2,6,5,7,4,8 9,10,14,13,15,12,16"},
         {two, 1, "1 1,2,6,5,7,4,8"},
         {"1;2;x;4\n5;6;7;8;9;10;11;12;13", 2, "1 1,2,-1,-1,-1,4,-1 5,6,10,9,11,8,12"},
         {two, 0, "1"},
-        {two, -1, "1"},
         {"NULL", 3, kNoWaker},
         {"", 3, kNoWaker}};
     auto service = quietService("5.10.66");

@@ -31,19 +31,11 @@ const std::string kReadAhead = "read_ahead_kb";
 // A node outside /sys, like the /dev/full a refusing node links to, is not found.
 const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
 const testing::OperationRow kStorageRows[] = {
-    tm("writeTmemorySwitch_1", call(&P::writeTmemorySwitch, 1), "switch", "1"),
+    // The integer writers and the readers differ only in their node; one of each stands for all.
     tm("writeTmemorySwitch_100", call(&P::writeTmemorySwitch, 100), "switch", "100"),
-    tm("writeTmemoryFlushBusy", call(&P::writeTmemoryFlushBusy, -5), "flush_busy_interval", "-5"),
-    tm("writeTmemoryFlushIdle", call(&P::writeTmemoryFlushIdle, 9), "flush_idle_interval", "9"),
-    tm("writeTmemoryCapacity", call(&P::writeTmemoryCapacity, 64), "capacity", "64"),
-    tm("writeTmemoryHighWaterRatio", call(&P::writeTmemoryHighWaterRatio, 80),
-       "high_watermark_ratio", "80"),
     tm("writeTmemoryMemory", call(&P::writeTmemoryMemory, std::string("1 %s")), "memory_stat",
        "1 %s"),
     tm("writeTmemoryMemory_empty", call(&P::writeTmemoryMemory, std::string()), "memory_stat", ""),
-    tm("readTmemorySysdirtypages", call(&P::readTmemorySysdirtypages), "sys_dirty_pages", {}),
-    tm("readTmemoryDirtypages", call(&P::readTmemoryDirtypages), "dirty_pages", {}),
-    tm("readTmemoryErrorStat", call(&P::readTmemoryErrorStat), "error_stat", {}),
     tm("readTmemoryIoLatency", call(&P::readTmemoryIoLatency), "io_latency", {}),
     Row("readStorageFeature", call(&P::readStorageFeature, kQueue, kReadAhead, std::string("0")),
         "/sys/block/sda/queue/read_ahead_kb", "128\n4\n", {}, {"1284", {}}, kNotFound, kNotFound),

@@ -37,8 +37,6 @@ const OperationRow kNandswapRows[] = {
         "stale\n", "1\nale\n", {"0", {}}, {"-22", {kNandOpen}}, Outcome{"0", {}}),
     refusedRow("write_life_protect_refused", call(&P::writeNandswapProc, "life_protect", "1"),
                NANDSWAP "life_protect", noProc("-3", "life_protect")),
-    refusedRow("write_trailing_newline_refused", call(&P::writeNandswapProc, "fn_enable\n", "1"),
-               NANDSWAP "fn_enable", noProc("-3", "fn_enable\n")),
 };
 INSTANTIATE_OPERATION_ROWS(Nandswap, kNandswapRows);
 
@@ -60,8 +58,6 @@ const OperationRow kHybridswapRows[] = {
         Outcome{"-1", {Error("write file {node} val 1 failed, No space left on device")}}),
     refusedRow("zram_write_7_refused", call(&P::hybridswap_zram_para_write, 7, "1"),
                ZRAM "hybridswap_vmstat", {"-1", {Error("action 7 can not be write")}}),
-    Row("zram_read_7", call(&P::hybridswap_zram_para_read, 7), ZRAM "hybridswap_vmstat",
-        "swapped 1\n", kUnchanged, {"swapped 1\n", {}}, {"Invalid action 7!!", {kOpenFail}}),
     Row("zram_read_bounded", call(&P::hybridswap_zram_para_read, 9), ZRAM "hybridswap_report",
         kLong, kUnchanged, {kLong.substr(0, 4095), {}}, {"Invalid action 9!!", {kOpenFail}}),
     refusedRow("zram_write_31", call(&P::hybridswap_zram_para_write, 31, "1"),
