@@ -39,7 +39,6 @@ const AcmCase kCases[] = {
     {"addAcmDirName", call(&P::addAcmDirName, kDir100, int64_t{9}), 0x80486105,
      '\t' + kFlag0.substr(1) + kDir, "-1", "-1", "1"},
     {"delAcmDirName", call(&P::delAcmDirName, kName), 0x80086106, kName, "-1", "-1", "1"},
-    {"getAcmDirFlag", call(&P::getAcmDirFlag, kName), 0x80486107, kFlag0 + kDir, "-3", "0", "0"},
     {"addAcmNomediaDirName", call(&P::addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1",
      "1"},
 };

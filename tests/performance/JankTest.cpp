@@ -49,17 +49,15 @@ constexpr char kReport[] =
     "PID: 12 (c)\n5";
 constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
 
-// One reader of each kind, and one CLM node's pair: the rest differ only in their node.
+// One reader of each kind and one CLM reader and writer: the others differ only in their node.
+// The threshold selector picks one of two nodes, and another names none; an empty value is a
+// write of nothing, which is no failure.
 // clang-format off
 const OperationRow kRows[] = {
     reader(OP(readJankCpuInfo), JANK "cpu_info"),
     reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),
-    reader(OP(readClmEnable), JANK "clm_enable"),
-    writer(OP(writeClmEnable, kValue), JANK "clm_enable"),
-    // The threshold selector picks one of two nodes, and another names none; an empty value is a
-    // write of nothing, which is no failure.
     reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
     writer("setClmThreshold1", call(&P::setClmThreshold, kValue, 1), JANK "clm_report_threshold"),
     row("getClmThreshold2", call(&P::getClmThreshold, 2), JANK "bg_dstat_percent",

@@ -151,10 +151,6 @@ TEST_F(SwapTuningTest, MultiNodeCallsCheckThenWriteInOrder) {
     const auto wm = [](int32_t metric, int32_t high, int32_t mid, int32_t low) {
         return call(&P::setDamonReclaimWmarks, metric, high, mid, low);
     };
-    const auto failed = [](const char* what) {
-        return Error(std::string("[damon_reclaim] Failed to open ") + what +
-                     "_xxx, Linux version 5.15.78");
-    };
     expect(wm(1, 1000, 500, 0), wmarks, nullptr, "110005000", "0",
            {Debug("[damon_reclaim] set wmarks success."), set});
     expect(wm(1, 1001, 500, 0), wmarks, nullptr, "1", "0", {set});
@@ -162,11 +158,11 @@ TEST_F(SwapTuningTest, MultiNodeCallsCheckThenWriteInOrder) {
     expect(wm(4, 9, 5, 1), wmarks, nullptr, "", "-1", {outOfRange});
     expect(wm(-1, 9, 5, 1), wmarks, nullptr, "", "-1", {outOfRange});
     expect(wm(1, 9, 5, 1), {"wmarks_metric", "wmarks_high", "wmarks_low"}, "wmarks_mid", "", "-1",
-           {failed("wmarks")});
+           {Error("[damon_reclaim] Failed to open wmarks_xxx, Linux version 5.15.78")});
     // A full module: the reset interval is there too.
     expect(call(&P::setDamonReclaimQuota, 10, 1, 10),
            {"quota_ms", "quota_sz", "quota_reset_interval_ms"}, nullptr, "", "-1",
-           {failed("quota")});
+           {Error("[damon_reclaim] Failed to open quota_xxx, Linux version 5.15.78")});
     expect(call(&P::setDamonReclaimQuota, 10, 1, 10), quota, "quota_reset_interval_ms", "101048576",
            "0", {Debug("[damon_reclaim] set quota success.")});
     expect(call(&P::setDamonReclaimQuota, 11, 1, 10), quota, "quota_reset_interval_ms", "", "-1",
