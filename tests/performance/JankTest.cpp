@@ -23,7 +23,6 @@ using Table = std::map<TaskGroup, std::vector<int32_t>>;
 constexpr char kOpenError[] = "NULL, OPEN FILE ERROR...";
 constexpr char kTrack[] = JANK "task_track";
 constexpr char kNoReport[] = "cannot access task track path";
-const std::string kValue = "90";
 const LogLine kNoNode = Error("Failed to open {node} (2): No such file or directory");
 const LogLine kNoPath = Error("Failed to open  (2): No such file or directory");
 const LogLine kQxtr =
@@ -36,11 +35,6 @@ OperationRow row(const char* name, Call c, const char* node, const char* content
 // A last line without its newline is read with one.
 OperationRow reader(const char* name, Call c, const char* node, std::vector<LogLine> absent = {}) {
     return row(name, c, node, "10 20\n30", {"10 20\n30\n", {}}, {kOpenError, absent});
-}
-// A write does not truncate the node; a refused one is logged in the words of a failed open.
-OperationRow writer(const char* name, Call c, const char* node) {
-    return testing::Row(name, c, node, "85\n", "90\n", {"", {}}, {"", {kNoNode}},
-                        Outcome{"", {Error("Failed to open {node} (28): No space left on device")}});
 }
 
 // Idle lines are dropped and sleeping ones shortened in a one-task summary.
@@ -59,10 +53,13 @@ const OperationRow kRows[] = {
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),
     reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
-    writer("setClmThreshold1", call(&P::setClmThreshold, kValue, 1), JANK "clm_report_threshold"),
+    // A write does not truncate the node; a refused one is logged in the words of a failed open.
+    testing::Row("setClmThreshold1", call(&P::setClmThreshold, "90", 1),
+        JANK "clm_report_threshold", "85\n", "90\n", {"", {}}, {"", {kNoNode}},
+        Outcome{"", {Error("Failed to open {node} (28): No space left on device")}}),
     row("getClmThreshold2", call(&P::getClmThreshold, 2), JANK "bg_dstat_percent",
         "30\n", {kOpenError, {}}, {kOpenError, {}}),
-    row("setClmThreshold2", call(&P::setClmThreshold, kValue, -1),
+    row("setClmThreshold2", call(&P::setClmThreshold, "90", -1),
         JANK "bg_dstat_percent", "30\n", {"", {kNoPath}}, {"", {kNoPath}}),
     row("writeClmEmpty", call(&P::writeClmEnable, std::string()),
         JANK "clm_enable", "85\n", {"", {}}, {"", {kNoNode}}),

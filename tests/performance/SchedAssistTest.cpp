@@ -35,7 +35,7 @@ constexpr char kSetting[] = ASSIST "disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";
 constexpr char kWakerInfo[] = "/proc/waker_identify/waker_info";
 constexpr char kNoWaker[] = "-1 -1,-1,-1,-1,-1,-1,-1";
-const std::string kAbsent = "{node} (2): No such file or directory";
+const std::string kNoEntry = " (2): No such file or directory", kAbsent = "{node}" + kNoEntry;
 const std::string kNoSpace = " (28): No space left on device";
 const LogLine kUnsupported = Error("Linux version not support, Linux version {version}");
 const Outcome kDone = {"", {}}, kZero = {"0", {}};
@@ -61,8 +61,6 @@ const OperationRow kRows[] = {
     Row(OP(setSlideboost, "1"),
         {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, "0", "1",
         kDone, absentOn(""), kWriteFull),
-    Row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, "60",
-        "90", kDone, kOpenAbsent, kOpenFull),
     Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
         Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
     Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
@@ -91,8 +89,7 @@ const OperationRow kRows[] = {
         {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}}, absentOn("-2"),
         noSpace("-28", "Failed to write governer schedutil")),
     Row(OP(enableAudioPerf, "10"), ASSIST "audio/enable", "0", "1", kAudio,
-        {"-1", {Error("Failed to enableAudioPerf {node} with 10, error: (2)" + kAbsent.substr(10))}},
-        kAudio),
+        {"-1", {Error("Failed to enableAudioPerf {node} with 10, error:" + kNoEntry)}}, kAudio),
 };
 INSTANTIATE_OPERATION_ROWS(SchedAssist, kRows);
 

@@ -29,10 +29,8 @@ const std::string kReadAhead = "read_ahead_kb";
 // A node outside /sys, like the /dev/full a refusing node links to, is not found.
 const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
 const testing::OperationRow kStorageRows[] = {
-    // The integer writers and the readers differ only in their node; one of each stands for all.
+    // The other writers and readers differ only in their node and argument.
     tm("writeTmemorySwitch_100", call(&P::writeTmemorySwitch, 100), "switch", "100"),
-    tm("writeTmemoryMemory", call(&P::writeTmemoryMemory, std::string("1 %s")), "memory_stat",
-       "1 %s"),
     tm("writeTmemoryMemory_empty", call(&P::writeTmemoryMemory, std::string()), "memory_stat", ""),
     tm("readTmemoryIoLatency", call(&P::readTmemoryIoLatency), "io_latency", {}),
     Row("readStorageFeature", call(&P::readStorageFeature, kQueue, kReadAhead, std::string("0")),
