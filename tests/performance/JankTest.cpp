@@ -43,12 +43,11 @@ constexpr char kReport[] =
     "PID: 12 (c)\n5";
 constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
 
-// One reader of each kind and one CLM reader and writer: the others differ only in their node.
+// The logged jank reader and one CLM reader and writer: the others differ only in their node.
 // The threshold selector picks one of two nodes, and another names none; an empty value is a
 // write of nothing, which is no failure.
 // clang-format off
 const OperationRow kRows[] = {
-    reader(OP(readJankCpuInfo), JANK "cpu_info"),
     reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),

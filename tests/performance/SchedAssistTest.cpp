@@ -67,10 +67,8 @@ const OperationRow kRows[] = {
         absentOn(""), kDone),
     Row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2", kZero,
         absentOn("-1"), kZero),
-    Row(OP(enableTaskPlacementDecision), same(TPD "tpd_enable"), "0", "1", kZero, absentOn("-1"),
-        kZero, kOlder),
-    unreached("enableTaskPlacementDecision_noSwitch", call(&P::enableTaskPlacementDecision),
-              TPD "tpd_enable", kNewer, {"-1", {}}),
+    // Newer kernels have no tpd switch.
+    unreached(OP(enableTaskPlacementDecision), TPD "tpd_enable", kNewer, {"-1", {}}),
     Row(OP(writeUxState, "2", "1000", "1001"), same("/proc/1000/task/1001/ux_state"), "0", "2",
         kZero, absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2"), kOlder),
     Row(OP(setWakeSeedThread, "1234", true, false), same(kRtInfo), "0", "1234;0;1",
@@ -143,11 +141,9 @@ TEST_F(SchedAssistTest, UxSettingGatesCallersFromKernel6OnceRead) {
     writeNode(kSetting, "1");
     EXPECT_EQ(uxWrite(*service), 0);
     EXPECT_EQ(readNode(kUxTask), "p 1001 2");
-    // Unreadable counts as on, for good.
+    // Unreadable counts as on.
     gUxSettingSwitch = -1;
     std::filesystem::remove(path(kSetting));
-    EXPECT_EQ(uxWrite(*service), 99);
-    writeNode(kSetting, "0");
     EXPECT_EQ(uxWrite(*service), 99);
 }
 
