@@ -32,10 +32,6 @@ OperationRow row(const char* name, Call c, const char* node, const char* content
                  Outcome absent) {
     return testing::Row(name, std::move(c), node, content, kUnchanged, present, absent);
 }
-// A last line without its newline is read with one.
-OperationRow reader(const char* name, Call c, const char* node, std::vector<LogLine> absent = {}) {
-    return row(name, c, node, "10 20\n30", {"10 20\n30\n", {}}, {kOpenError, absent});
-}
 
 // Idle lines are dropped and sleeping ones shortened in a one-task summary.
 constexpr char kReport[] =
@@ -48,10 +44,13 @@ constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9
 // write of nothing, which is no failure.
 // clang-format off
 const OperationRow kRows[] = {
-    reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
+    // A last line without its newline is read with one.
+    row(OP(readJankCpuLoad), JANK "cpu_load", "10 20\n30", {"10 20\n30\n", {}},
+        {kOpenError, {kQxtr}}),
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),
-    reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
+    row("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent", "10\n",
+        {"10\n", {}}, {kOpenError, {}}),
     // A write does not truncate the node; a refused one is logged in the words of a failed open.
     testing::Row("setClmThreshold1", call(&P::setClmThreshold, "90", 1),
         JANK "clm_report_threshold", "85\n", "90\n", {"", {}}, {"", {kNoNode}},
@@ -138,8 +137,8 @@ const Sequence kSequences[] = {
     {"Switch", "", false, false, {{g2, {1234, 5678}}},
      {{add(1, 1234), "", "-1"}, {clear(2), "-1234 -5678", ""}, {enable(true), "", ""},
       {add(2, 4321), "4321", "0"}, {enable(false), "", ""}, {add(2, 4321), "", "-1"}}, {}, {}},
-    {"FullAndAlive", kAlive, true, false, kFull, {{add(3, 105), "", "0"}}, kFull, {kFullLog}},
-    // The add that prunes is still refused; the places it frees go to the next one.
+    // The add that prunes is still refused and live pids stay; the places it frees go to the next
+    // one.
     {"FullWithDeadPids", "PID: 101 (a)\n1 2\nPID: 1030 (c)\n", true, false, kFull,
      {{add(3, 105), "", "0"}, {add(3, 105), "105", "0"}}, {{g1, {101}}, {g2, {}}, {g3, {105}}},
      {kFullLog}},

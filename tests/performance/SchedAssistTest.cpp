@@ -39,9 +39,6 @@ const std::string kNoEntry = " (2): No such file or directory", kAbsent = "{node
 const std::string kNoSpace = " (28): No space left on device";
 const LogLine kUnsupported = Error("Linux version not support, Linux version {version}");
 const Outcome kDone = {"", {}}, kZero = {"0", {}};
-const Outcome kWriteFull = {"", {Error("Failed to write {node}" + kNoSpace)}};
-const Outcome kOpenFull = {"", {Error("Failed to open {node}" + kNoSpace)}};
-const Outcome kOpenAbsent = {"", {Error("Failed to open " + kAbsent)}};
 Outcome absentOn(const char* result) {
     return {result, {Error("Failed to open " + kAbsent + ", Linux version {version}")}};
 }
@@ -60,9 +57,10 @@ const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
 const OperationRow kRows[] = {
     Row(OP(setSlideboost, "1"),
         {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, "0", "1",
-        kDone, absentOn(""), kWriteFull),
-    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
-        Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
+        kDone, absentOn(""), Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
+    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag,
+        {"", {Error("Failed to open " + kAbsent)}},
+        Outcome{"", {Error("Failed to open {node}" + kNoSpace), kImFlag.logs[0]}}),
     Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
         absentOn(""), kDone),
     Row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2", kZero,
