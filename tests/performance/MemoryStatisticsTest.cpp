@@ -137,17 +137,16 @@ TEST_F(MemoryStatisticsTest, MissingDeviceFailsEveryQueryUntilItAppears) {
 
 TEST_F(MemoryStatisticsTest, SmapsWalkAddsPssAndSwapPssInPagesByMapping) {
     const std::string pss = "Rss: 40 kB\nPss:  10 kB\nPss_Anon: 8 kB\nSwapPss: 4 kB\n";
+    const std::string mainSpace = "Name: [anon:dalvik-main space]\n" + pss;
     // smaps, flags, and what the walk adds to the total, dalvik-heap and native-malloc pages.
     const std::tuple<std::string, unsigned int, std::vector<uint32_t>> kCases[] = {
         {pss, 0x4000, {3, 0, 0}},
-        {"Name: [anon:dalvik-main space]\n" + pss, 0x10000, {3, 3, 0}},
+        {mainSpace, 0x10000, {3, 3, 0}},
         {"Name: [anon:dalvik-alloc space]\n" + pss, 0x10000, {3, 0, 0}},
         {std::string("Name: [anon:dalvik-alloc space\0]\n", 33) + pss, 0x10000, {3, 3, 0}},
         {"Name:   [anon:libc_malloc]\n" + pss, 0x18000, {3, 0, 3}},
         {"Name:   [anon:libc_malloc]\n" + pss, 0x10000, {3, 0, 0}},
-        {"Name: [anon:dalvik-main space]\n" + pss + "7000-8000 rw-p 0 00:00 0\n" + pss,
-         0x10000,
-         {6, 3, 0}},
+        {mainSpace + "7000-8000 rw-p 0 00:00 0\n" + pss, 0x10000, {6, 3, 0}},
         {"", 0x4000, {0, 0, 0}}};
     for (const auto& [smaps, flags, added] : kCases) {
         writeNode("/proc/580/smaps", smaps);

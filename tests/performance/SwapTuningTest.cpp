@@ -74,9 +74,8 @@ const OperationRow kHybridswapRows[] = {
     // Application uid 10123 of user 10.
     Row("memcg_write_app_uid", call(&P::hybridswap_memcg_para_write, 2, "1010123", "x"),
         "/dev/memcg/apps/uid_1010123/memory.app_uid", "", "x", {"0", {}}, {"-1", {kOpenFail}}),
-    Row("memcg_read_root", call(&P::hybridswap_memcg_para_read, 1, "/"),
-        "/dev/memcg/memory.swap_stat", "swap 3\n", kUnchanged, {"swap 3\n", {}},
-        {"Invalid action 1 memcg /!!", {kOpenFail}}),
+    Row(OP(hybridswap_memcg_para_read, 1, "/"), "/dev/memcg/memory.swap_stat", "swap 3\n",
+        kUnchanged, {"swap 3\n", {}}, {"Invalid action 1 memcg /!!", {kOpenFail}}),
     refusedRow("memcg_write_system_uid", call(&P::hybridswap_memcg_para_write, 0, "1000", "v"),
                "/dev/memcg/memory.name", kNoFileNode),
     refusedRow("memcg_read_9", call(&P::hybridswap_memcg_para_read, 9, "apps"),
