@@ -30,13 +30,12 @@ const std::string kReadAhead = "read_ahead_kb";
 const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
 const testing::OperationRow kStorageRows[] = {
     // The other writers and readers differ only in their node and argument.
-    tm("writeTmemorySwitch_100", call(&P::writeTmemorySwitch, 100), "switch", "100"),
-    tm("writeTmemoryMemory_empty", call(&P::writeTmemoryMemory, std::string()), "memory_stat", ""),
-    tm("readTmemoryIoLatency", call(&P::readTmemoryIoLatency), "io_latency", {}),
-    Row("readStorageFeature", call(&P::readStorageFeature, kQueue, kReadAhead, std::string("0")),
+    tm(OP(writeTmemorySwitch, 100), "switch", "100"),
+    tm(OP(writeTmemoryMemory, std::string()), "memory_stat", ""),
+    tm(OP(readTmemoryIoLatency), "io_latency", {}),
+    Row(OP(readStorageFeature, kQueue, kReadAhead, std::string("0")),
         "/sys/block/sda/queue/read_ahead_kb", "128\n4\n", {}, {"1284", {}}, kNotFound, kNotFound),
-    Row("writeStorageFeature",
-        call(&P::writeStorageFeature, kQueue, kReadAhead, std::string(), std::string("512")),
+    Row(OP(writeStorageFeature, kQueue, kReadAhead, std::string(), std::string("512")),
         "/sys/block/sda/queue/read_ahead_kb", "", "512", {"3", {}}, kNotFound, kNotFound),
 };
 INSTANTIATE_OPERATION_ROWS(Storage, kStorageRows);
