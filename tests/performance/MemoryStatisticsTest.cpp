@@ -66,19 +66,18 @@ LogLine Engine(const std::string& text) {
     return {"quilbex", ANDROID_LOG_ERROR, text + "\n"};
 }
 
-class MemoryStatisticsTest : public NodeRootTest {
+class MemoryStatisticsTest : public NodeRootServiceTest {
   protected:
     void SetUp() override {
-        NodeRootTest::SetUp();
+        NodeRootServiceTest::SetUp();
         ::vyren::quilbex::util::SetDeviceIo(std::make_shared<Driver>());
         writeNode("/dev/quilbex", "");
-        service = quietService("5.15.78");
     }
     // The result, then each record's name and pid.
     std::string query(bool byPid, const std::vector<int32_t>& ids, int flags) {
         ProcMemStatRet ret;
-        EXPECT_TRUE((byPid ? service->readMemoryByPids(ids, flags, &ret)
-                           : service->readMemoryByUids(ids, flags, &ret))
+        EXPECT_TRUE((byPid ? mService->readMemoryByPids(ids, flags, &ret)
+                           : mService->readMemoryByUids(ids, flags, &ret))
                         .isOk());
         std::string text = std::to_string(ret.result);
         for (const auto& s : ret.stats) text += " " + s.name + "/" + std::to_string(s.pid);
@@ -86,10 +85,9 @@ class MemoryStatisticsTest : public NodeRootTest {
     }
     std::string version() {
         QuilbexVersionRet v;
-        EXPECT_TRUE(service->readQuilbexVersion(&v).isOk());
+        EXPECT_TRUE(mService->readQuilbexVersion(&v).isOk());
         return StringPrintf("%d %d.%d", v.result, v.major, v.minor);
     }
-    std::shared_ptr<Performance> service;
 };
 
 TEST_F(MemoryStatisticsTest, EngineRefusesBadArgumentsAndReportsDriverFailures) {
@@ -163,7 +161,7 @@ TEST_F(MemoryStatisticsTest, SmapsWalkAddsPssAndSwapPssInPagesByMapping) {
 
 TEST_F(MemoryStatisticsTest, QueriesCopySelectedFieldsAndFailOrStopAsAWhole) {
     ProcMemStatRet ret;
-    ASSERT_TRUE(service->readMemoryByPids({580}, 0x23fff, &ret).isOk());
+    ASSERT_TRUE(mService->readMemoryByPids({580}, 0x23fff, &ret).isOk());
     const auto& s = ret.stats.at(0);
     EXPECT_EQ(std::vector<int64_t>({s.flag, s.value18, s.value20, s.value24, s.pid, s.value32,
                                     s.value36, s.value40, s.value44, s.value48, s.value52,
