@@ -84,15 +84,10 @@ TEST_F(JankVersionTest, KeepsTheFirstNonEmptyLine) {
 const auto add = [](int32_t group, int32_t pid, bool clear = false) {
     return call(&P::addTaskTrackPid, group, pid, clear);
 };
-const auto remove = [](int32_t group, int32_t pid) {
-    return call(&P::removeTaskTrackPid, group, pid);
-};
+const auto remove = [](int32_t g, int32_t pid) { return call(&P::removeTaskTrackPid, g, pid); };
 const auto clear = [](int32_t group) { return call(&P::clearTaskTrackGroup, group); };
 const auto enable = [](bool on) { return call(&P::writeJankTaskTrackEnable, on); };
-LogLine removing(int32_t group, int32_t pid) {
-    return Error("jank enter removeTaskTrackPid with group:" + std::to_string(group) +
-                 " pid:" + std::to_string(pid));
-}
+const LogLine kRemove300 = Error("jank enter removeTaskTrackPid with group:1 pid:300");
 LogLine refused(const std::string& command) {
     return Error("Failed to write (" + command + ") to " + kTrack +
                  " (28): No space left on device");
@@ -114,22 +109,22 @@ struct Sequence {
 const TaskGroup g1 = TaskGroup::GROUP_1, g2 = TaskGroup::GROUP_2, g3 = TaskGroup::GROUP_3;
 const std::string kAlive = "PID: 101 (a)\nPID: 102 (b)\n1 2\nPID: 103 (c)\nPID: 104 (d)\n";
 const Table kFull = {{g1, {101, 102}}, {g2, {103}}, {g3, {104}}};
+// The table as the debug log shows it once 999 has joined group 3.
+const LogLine kMap = Info("Jank task map: 1 1234 5678 | 3 999 | ");
 const LogLine kFullLog = Error("Cannot add more task, current size 4 for 105");
 
 // clang-format off
 const Sequence kSequences[] = {
     {"Arguments", "", true, false, {{g2, {1234}}},
      {{add(-1, 1234), "", "-1"}, {add(1, 100), "100", "0"}, {add(2, 1234), "", "0"},
-      {add(3, 1234), "1234", "0"}},
-     {{g1, {100}}, {g2, {1234}}, {g3, {1234}}}, {}},
+      {add(3, 1234), "1234", "0"}}, {{g1, {100}}, {g2, {1234}}, {g3, {1234}}}, {}},
     {"Debug", "", true, true, {{g1, {1234, 5678}}},
      {{add(3, 999), "999", "0"}, {add(6, 999), "", "-1"}, {remove(1, 99), "", ""},
       {clear(1), "-1234 -5678", ""}}, {{g1, {}}, {g3, {999}}},
      {Info("jank enter addTaskTrackPid with group:3 pid:999 clear:0"),
       Info("Jank task map: 1 1234 5678 | "), Info("Success add jank task (999)"),
-      Info("Jank task map: 1 1234 5678 | 3 999 | "),
-      Info("jank enter addTaskTrackPid with group:6 pid:999 clear:0"),
-      Info("Jank task map: 1 1234 5678 | 3 999 | "), Info("Invalid group (6)"), removing(1, 99),
+      kMap, Info("jank enter addTaskTrackPid with group:6 pid:999 clear:0"),
+      kMap, Info("Invalid group (6)"), Error("jank enter removeTaskTrackPid with group:1 pid:99"),
       Info("Invalid pid (99), Minimum is (100)"), Info("Success clear jank group (-1234 -5678)")}},
     // Remove and clear work whatever the switch; only adds need it.
     {"Switch", "", false, false, {{g2, {1234, 5678}}},
@@ -146,11 +141,10 @@ const Sequence kSequences[] = {
      {{g1, {101}}, {g2, {5678}}}, {}},
     {"RemoveAndClear", "", true, false, {{g1, {300, 400}}, {g3, {1234, 5678}}},
      {{remove(1, 300), "-\x2C", ""}, {remove(1, 300), "", ""}, {clear(3), "-1234 -5678", ""},
-      {clear(3), "", ""}}, {{g1, {400}}, {g3, {}}}, {removing(1, 300), removing(1, 300)}},
+      {clear(3), "", ""}}, {{g1, {400}}, {g3, {}}}, {kRemove300, kRemove300}},
     {"Refused", std::nullopt, true, false, {{g1, {300}}, {g2, {5678}}},
      {{add(3, 2000), "", "0"}, {remove(1, 300), "", ""}, {clear(2), "", ""}},
-     {{g1, {300}}, {g2, {5678}}},
-     {refused("2000"), removing(1, 300), refused("-,"), refused("-5678")}},
+     {{g1, {300}}, {g2, {5678}}}, {refused("2000"), kRemove300, refused("-,"), refused("-5678")}},
 };
 // clang-format on
 

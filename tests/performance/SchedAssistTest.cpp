@@ -14,10 +14,9 @@ namespace aidl::vendor::vyren::hardware::performance {
 // "status f1,...,f7 f1,...,f7": a waker answer as one comparable text.
 std::string resultText(const TaskWakeInfo& info) {
     std::string text = std::to_string(info.status);
-    for (const ThreadInfo& t : info.threads) {
+    for (const ThreadInfo& t : info.threads)
         text += android::base::StringPrintf(" %d,%d,%d,%d,%d,%d,%d", t.field1, t.field2, t.field3,
                                             t.field4, t.field5, t.field6, t.field7);
-    }
     return text;
 }
 

@@ -85,27 +85,25 @@ const OperationRow kHybridswapRows[] = {
 };
 INSTANTIATE_OPERATION_ROWS(Hybridswap, kHybridswapRows);
 
-constexpr char kDamon[] = "/sys/module/damon_reclaim/parameters/";
+#define DAMON "/sys/module/damon_reclaim/parameters/"
 Outcome damonFail(const char* node) {
     return {"-1",
-            {Error(std::string("[damon_reclaim] Failed to open ") + kDamon + node +
+            {Error(std::string("[damon_reclaim] Failed to open " DAMON) + node +
                    " (2): No such file or directory, Linux version {version}")}};
 }
-constexpr char kEnabled[] = "/sys/module/damon_reclaim/parameters/enabled";
-constexpr char kMinAge[] = "/sys/module/damon_reclaim/parameters/min_age";
 const Outcome kColdRange = {
     "-1", {Error("[damon_reclaim] cold time must be in the interval [30, 3600].")}};
 const Outcome kColdSet = {"0", {Debug("[damon_reclaim] set cold_time success.")}};
 // Every node is truncated on open, before the argument is checked.
 OperationRow cold(int seconds, const char* content, const char* written, const Outcome& outcome) {
     return Row("cold_time_" + std::to_string(seconds), call(&P::setDamonReclaimColdTime, seconds),
-               kMinAge, content, written, outcome, damonFail("min_age"));
+               DAMON "min_age", content, written, outcome, damonFail("min_age"));
 }
 
 const OperationRow kDamonRows[] = {
-    Row("enable", call(&P::enableDamonReclaim), kEnabled, "N\n", "1",
+    Row("enable", call(&P::enableDamonReclaim), DAMON "enabled", "N\n", "1",
         {"0", {Debug("[damon_reclaim] enabled.")}}, damonFail("enabled")),
-    Row("disable", call(&P::disableDamonReclaim), kEnabled, "Y\n", "0",
+    Row("disable", call(&P::disableDamonReclaim), DAMON "enabled", "Y\n", "0",
         {"0", {Debug("[damon_reclaim] disable.")}}, damonFail("enabled")),
     cold(29, "60000000", "", kColdRange),
     cold(30, "", "30000000", kColdSet),
@@ -128,11 +126,11 @@ TEST_F(SwapTuningTest, MultiNodeCallsCheckThenWriteInOrder) {
         unlink(fifo.c_str());
         ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
         android::base::unique_fd reader(open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-        makeDirectoryAt(kDamon);
+        makeDirectoryAt(DAMON);
         for (const char* node : nodes) {
-            ASSERT_EQ(symlink(fifo.c_str(), path(std::string(kDamon) + node).c_str()), 0);
+            ASSERT_EQ(symlink(fifo.c_str(), path(std::string(DAMON) + node).c_str()), 0);
         }
-        if (absent != nullptr) makeDirectoryAt(std::string(kDamon) + absent);
+        if (absent != nullptr) makeDirectoryAt(std::string(DAMON) + absent);
         auto service = quietService("5.15.78");
         EXPECT_EQ(c(*service), result);
         char bytes[64] = {};
