@@ -21,8 +21,7 @@ using testing::call, testing::Call, testing::Error, testing::Info, testing::kUnc
 using Table = std::map<TaskGroup, std::vector<int32_t>>;
 
 constexpr char kOpenError[] = "NULL, OPEN FILE ERROR...";
-constexpr char kTrack[] = JANK "task_track";
-constexpr char kNoReport[] = "cannot access task track path";
+constexpr char kTrack[] = JANK "task_track", kNoReport[] = "cannot access task track path";
 const LogLine kNoNode = Error("Failed to open {node} (2): No such file or directory");
 const LogLine kNoPath = Error("Failed to open  (2): No such file or directory");
 const LogLine kQxtr =

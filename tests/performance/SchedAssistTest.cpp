@@ -29,8 +29,7 @@ constexpr auto kOlder = testing::Kernels::kOlder, kNewer = testing::Kernels::kNe
 
 #define ASSIST "/proc/vyren_scheduler/sched_assist/"
 #define TPD "/sys/module/tpd/parameters/"
-constexpr char kUxTask[] = ASSIST "ux_task";
-constexpr char kSetting[] = ASSIST "disable_setting";
+constexpr char kUxTask[] = ASSIST "ux_task", kSetting[] = ASSIST "disable_setting";
 constexpr char kRtInfo[] = "/proc/waker_identify/rt_info";
 constexpr char kWakerInfo[] = "/proc/waker_identify/waker_info";
 constexpr char kNoWaker[] = "-1 -1,-1,-1,-1,-1,-1,-1";

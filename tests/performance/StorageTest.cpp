@@ -24,8 +24,7 @@ testing::OperationRow tm(std::string name, testing::Call op, const char* node,
     return Row(name, op, path, "", text, {std::to_string(text->size()), {}},
                {"-1", {testing::Debug("find path null")}}, Outcome{"-1", {Error(refused)}});
 }
-const std::string kQueue = "/sys/block/sda/queue";
-const std::string kReadAhead = "read_ahead_kb";
+const std::string kQueue = "/sys/block/sda/queue", kReadAhead = "read_ahead_kb";
 // A node outside /sys, like the /dev/full a refusing node links to, is not found.
 const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
 const testing::OperationRow kStorageRows[] = {
