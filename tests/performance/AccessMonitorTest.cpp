@@ -14,6 +14,8 @@ using P = Performance;
 using testing::call;
 
 const std::string kName(150, 'n'), kDir100 = kName.substr(50), kFlag0(8, 0);
+// A record's flag field holding a small flag.
+const auto flag = [](char value) { return value + kFlag0.substr(1); };
 const std::string kPackage = kName.substr(0, 99) + std::string(5, 0);
 const std::string kDir = kName.substr(0, 63) + '\0';
 
@@ -28,24 +30,16 @@ struct AcmCase {
     const char *withDriver, *plainFile, *absent;
 };
 const AcmCase kCases[] = {
-    {"setAcmOpstat", call(&P::setAcmOpstat, 7), 0x40046100, {"\7\0\0\0", 4}, "-1", "-1", "0"},
-    {"getAcmOpstat", call(&P::getAcmOpstat), 0x40046101, std::string(4, 0), "-3", "0", "0"},
-    {"addAcmPkgName", call(&P::addAcmPkgName, kName, int64_t{5}), 0x40706102,
-     '\5' + kFlag0.substr(1) + kPackage, "-1", "-1", "1"},
+    {OP(setAcmOpstat, 7), 0x40046100, {"\7\0\0\0", 4}, "-1", "-1", "0"},
+    {OP(getAcmOpstat), 0x40046101, std::string(4, 0), "-3", "0", "0"},
+    {OP(addAcmPkgName, kName, int64_t{5}), 0x40706102, flag(5) + kPackage, "-1", "-1", "1"},
     {"addAcmPkgName_negativeFlag", call(&P::addAcmPkgName, kName, int64_t{-1}), 0, "", "1", "1",
      "1"},
-    {"delAcmPkgName", call(&P::delAcmPkgName, kName), 0x40086103, kName, "-1", "-1", "0"},
-    {"getAcmPkgFlag", call(&P::getAcmPkgFlag, kName), 0x40706104, kFlag0 + kPackage, "-3", "0", "0"},
-    {"addAcmDirName", call(&P::addAcmDirName, kDir100, int64_t{9}), 0x80486105,
-     '\t' + kFlag0.substr(1) + kDir, "-1", "-1", "1"},
-    {"delAcmDirName", call(&P::delAcmDirName, kName), 0x80086106, kName, "-1", "-1", "1"},
-    {"getAcmDirFlag", call(&P::getAcmDirFlag, kName), 0x80486107, kFlag0 + kDir, "-3", "0", "0"},
-    {"addAcmNomediaDirName", call(&P::addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1",
-     "1"},
-    {"delAcmNomediaDirName", call(&P::delAcmNomediaDirName, kName), 0x80406109, kDir, "-1", "-1",
-     "1"},
-    {"searchAcmNomediaDirName", call(&P::searchAcmNomediaDirName, kName), 0x8040610a, kDir, "-1",
-     "-1", "1"},
+    {OP(delAcmPkgName, kName), 0x40086103, kName, "-1", "-1", "0"},
+    {OP(getAcmPkgFlag, kName), 0x40706104, kFlag0 + kPackage, "-3", "0", "0"},
+    {OP(addAcmDirName, kDir100, int64_t{9}), 0x80486105, flag(9) + kDir, "-1", "-1", "1"},
+    {OP(delAcmDirName, kName), 0x80086106, kName, "-1", "-1", "1"},
+    {OP(addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1", "1"},
 };
 
 std::vector<testing::OperationRow> acmRows() {
