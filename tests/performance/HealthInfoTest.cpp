@@ -67,15 +67,30 @@ const std::string kType = "kmalloc-64 %n%s";
 // the tree, on one or both sides of it.
 const OperationRow kRows[] = {
     report(OP(getHICpuLoading), HI("cpu_loading"), 4096),
+    report(OP(getHICpuInfo), HI("cpu_info"), 4096),
+    report(OP(getschedlatency), HI("sched_latency"), 4096),
+    report(OP(getiowait), HI("iowait"), 4096),
+    report(OP(getfsyncwait), HI("fsync_wait"), 4096),
+    report(OP(getionwait), HI("ion_wait"), 4096),
+    report(OP(getallocwait), HI("alloc_wait"), 4096),
+    report(OP(getdstate), HI("dstate"), 4096),
+    report(OP(getDevinfoDDRInfo), same("/proc/devinfo/ddr"), 4096),
+    report(OP(getDdrResidency), same("/sys/power/ddr/residency"), 4096),
     // The eMMC node stands in when the UFS node yields nothing.
     report(OP(getDevinfoUfsInfo), same("/proc/devinfo/emmc"), 4096, Kernels::kAll,
            {missing("/proc/devinfo/ufs")}),
+    report(OP(getDevinfoUfsVersionInfo), same("/proc/devinfo/emmc_version"), 4096, Kernels::kAll,
+           {missing("/proc/devinfo/ufs_version")}),
     report(OP(readKmallocDebugCreate), LEAK("kmalloc_debug_create"), 4096),
+    report(OP(getKmallocOrigin), LEAK("kmalloc_origin"), 4096),
     report(OP(getKmallocUsed), LEAK("kmalloc_used"), 512),
+    report(OP(getKmallocDebug), LEAK("kmalloc_debug"), 4096),
     report(OP(readMemleakDetectThread), LEAK("memleak_detect_thread"), 32),
+    report(OP(readVaFeature), LEAK("va_feature"), 32),
     report("older_" OP(getVmallocDebug), LEAK("vmalloc_debug"), 4096, Kernels::kOlder),
     report("newer_" OP(getVmallocDebug), LEAK("stack_hash"), 524288, Kernels::kNewer),
     report(OP(getVmallocUsed), LEAK("vmalloc_used"), 128),
+    report(OP(getVmallocHashCal), LEAK("vmalloc_hash_cal"), 128),
     // A NUL ends the text.
     report("nul_" OP(getVmallocUsed), LEAK("vmalloc_used"), std::string("x\0y", 3), "x"),
     // A refused switch write goes unnoticed.
@@ -95,13 +110,28 @@ INSTANTIATE_OPERATION_ROWS(HealthAndLeakDetection, kRows);
 
 using HealthInfoTest = NodeRootServiceTest;
 
-// The contract is the item count and key order of the template, whether or not the node exists.
-TEST_F(HealthInfoTest, DescriptorAnswersItsNodesTemplateWithoutOpeningIt) {
+// The contract is the item count and key order of each template, whether or not the node exists.
+TEST_F(HealthInfoTest, DescriptorsAnswerTheirNodesTemplateWithoutOpeningIt) {
+    using Describe = ::ndk::ScopedAStatus (Performance::*)(ProcReqHal*);
+    const std::tuple<Describe, const char*, size_t, const char*> templates[] = {
+        {&Performance::getHIEmcdrvIowait, "emcdrv_iowait", 40, "emcdrv_iowait_low_thresh_ms"},
+        {&Performance::getHIIowaitHung, "iowait_hung", 2, "iowait_hung_cnt"},
+        {&Performance::getHISchedLatency, "sched_latency", 11, "sched_low_thresh_ms"},
+        {&Performance::getHIFsyncWait, "fsync_wait", 11, "fsync_low_thresh_ms"},
+        {&Performance::getHIIowait, "iowait", 11, "iowait_low_thresh_ms"},
+        {&Performance::getHIUfsFeature, "ufs_feature", 25, "hpb_hit_cnt"},
+        {&Performance::getHIIonWait, "ion_wait", 5, "total_ion_wait_h_cnt"},
+        {&Performance::getHIAllocWait, "alloc_wait", 8, "total_alloc_wait_h_cnt"},
+        {&Performance::getHIDState, "dstate", 11, "dstate_low_thresh_ms"},
+        {&Performance::getHIKswapdLoading, "kswapd_loading", 2, "critical"},
+        {&Performance::getHIScmCall, "scm_call", 11, "scmcall_low_thresh_ms"}};
     ProcReqHal request{"stale", {{"stale", "=", 7}}};
-    ASSERT_TRUE(mService->getHIEmcdrvIowait(&request).isOk());
-    EXPECT_EQ(request.path, "/proc/vyren_healthinfo/emcdrv_iowait");
-    ASSERT_EQ(request.items.size(), 40u);
-    EXPECT_EQ(request.items[0].key, "emcdrv_iowait_low_thresh_ms");
+    for (const auto& [op, node, count, firstKey] : templates) {
+        ASSERT_TRUE(((*mService).*op)(&request).isOk());
+        EXPECT_EQ(request.path, std::string("/proc/vyren_healthinfo/") + node);
+        ASSERT_EQ(request.items.size(), count) << node;
+        EXPECT_EQ(request.items[0].key, firstKey);
+    }
     EXPECT_TRUE(logs().empty());
 }
 
