@@ -12,6 +12,9 @@
 
 #define LOAD "/proc/task_info/task_load_info/"
 #define SCHED(node) same("/proc/task_info/task_sched_info/" node)
+// A scheduling-information node with its reader and its writer.
+#define SCHED_RW(read, write, node) \
+    lines(OP(read), SCHED(node), {}), put(OP(write, "2041 3120"), SCHED(node), kSchedPut)
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
@@ -62,6 +65,7 @@ const std::string kSwitchFailure = "Failed to open" + kNoFile + ", Linux version
 
 const OperationRow kRows[] = {
     lines(OP(getMemMonitor), kMonitor, {kOpenError, {}}),
+    put(OP(writeMemMonitor, "2041 3120"), kMonitor, kCounted),
     Row(OP(existMemMonitor), kMonitor, "enable:1\n", "", kExists,
         {"0", {Error("Failed to enable" + kNoFile)}}, kExists),
     switchRow(OP(enableProcessReclaim), kReclaim, "enable ProcessReclaim", "", Kernels::kOlder),
@@ -71,7 +75,7 @@ const OperationRow kRows[] = {
     inert("newer_" OP(enableProcessReclaim), "0", Kernels::kNewer),
     inert("newer_" OP(disableProcessReclaim), "0", Kernels::kNewer),
     inert("newer_" OP(setProcessReclaim, "1"), "0", Kernels::kNewer),
-    // It answers as perProcessMemReclaim does.
+    inert(OP(perProcessMemReclaim, 1, 2, 3), "-1", Kernels::kAll),
     inert(OP(perProcessMemReadahead, 1, 2, 3), "-1", Kernels::kAll),
     switchRow(OP(enableMultiThreadOptimize), kMultiThread, "enable multi thread optimize", kNoOpen),
     switchRow(OP(disableMultiThreadOptimize), kMultiThread, "disable multi thread optimize",
@@ -85,6 +89,8 @@ const OperationRow kRows[] = {
     switchRow(OP(disableTaskCpustats), kCpustats, "disable task cpustats", kSwitchFailure),
     Row(OP(readTaskCpustatsEnable), kCpustats, "0123456789abcdef-cut", {}, {"0123456789abcdef", {}},
         {"", {kNoRead}}, Outcome{"", {}}),
+    Row(OP(readCpuTaskstats), "/proc/task_cpustats", std::string(4096, 't') + "cut", {},
+        {std::string(4096, 't'), {}}, {"", {kNoRead}}),
     lines(OP(readSgeInfo), {"/proc/sgeinfo", "/proc/task_info/task_cpustats/sgeinfo"},
           {"", {Debug("open sge_info failed! Linux version {version}")}}),
     lines(OP(readSgeFreqInfo), {"/proc/sgefreqinfo", "/proc/task_info/task_cpustats/sgefreqinfo"},
@@ -93,9 +99,20 @@ const OperationRow kRows[] = {
         {"1", "0", "0", "Failed to write"}),
     Row(OP(readTargetProcess, "2041 3120"), same(LOAD "target_process"), "", "2041 3120",
         {"2041 3120\n", {}}, {"0", {Error(kNoOpen), kNoLoad.logs[0]}}),
+    lines(OP(readIomonitorInfo, "daily"), same("/proc/IoMonitor/daily"), {kOpenError, {}}),
     lines(OP(readRealTime), same(LOAD "real_time"), kNoLoad),
-    lines(OP(readTaskSchedInfo), SCHED("task_sched_info_enable"), {}),
-    put(OP(writeTaskSchedInfo, "2041 3120"), SCHED("task_sched_info_enable"), kSchedPut),
+    lines(OP(readNormalizeRealTime), same(LOAD "normalize_real_time"), kNoLoad),
+    lines(OP(readRunningTime), same(LOAD "running_time"), kNoLoad),
+    lines(OP(readNormalizeRunningTime), same(LOAD "normalize_running_time"), kNoLoad),
+    SCHED_RW(readTaskSchedInfo, writeTaskSchedInfo, "task_sched_info_enable"),
+    SCHED_RW(readPidsSet, writePidsSet, "pids_set"),
+    SCHED_RW(readSchedInfoThreshold, writeSchedInfoThreshold, "sched_info_threshold"),
+    SCHED_RW(readTidsSet, writeTidsSet, "tids_set"),
+    SCHED_RW(readDBacktrace, writeDBacktrace, "d_backtrace"),
+    SCHED_RW(readIOBacktrace, writeIOBacktrace, "io_backtrace"),
+    lines(OP(readDConvert), SCHED("d_convert"), {}),
+    lines(OP(readVersion), SCHED("version"), {}),
+    lines(OP(readLimitTable), SCHED("limit_table"), {}),
 };
 INSTANTIATE_OPERATION_ROWS(MonitorReclaimAndTaskStatistics, kRows);
 
