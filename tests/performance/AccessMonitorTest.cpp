@@ -39,7 +39,10 @@ const AcmCase kCases[] = {
     {OP(getAcmPkgFlag, kName), 0x40706104, kFlag0 + kPackage, "-3", "0", "0"},
     {OP(addAcmDirName, kDir100, int64_t{9}), 0x80486105, flag(9) + kDir, "-1", "-1", "1"},
     {OP(delAcmDirName, kName), 0x80086106, kName, "-1", "-1", "1"},
+    {OP(getAcmDirFlag, kName), 0x80486107, kFlag0 + kDir, "-3", "0", "0"},
     {OP(addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1", "1"},
+    {OP(delAcmNomediaDirName, kName), 0x80406109, kDir, "-1", "-1", "1"},
+    {OP(searchAcmNomediaDirName, kName), 0x8040610a, kDir, "-1", "-1", "1"},
 };
 
 std::vector<testing::OperationRow> acmRows() {

@@ -11,6 +11,8 @@
 #include "ProcessTables.h"
 
 #define JANK "/proc/jank_info/cpu_jank_info/"
+// A CLM node's reader and writer.
+#define CLM(read, write, node) reader(OP(read), JANK node), writer(OP(write, "90"), JANK node)
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
@@ -31,6 +33,16 @@ OperationRow row(const char* name, Call c, const char* node, const char* content
                  Outcome absent) {
     return testing::Row(name, std::move(c), node, content, kUnchanged, present, absent);
 }
+// A last line without its newline is read with one.
+OperationRow reader(const char* name, Call c, const char* node, std::vector<LogLine> absent = {}) {
+    return row(name, c, node, "10 20\n30", {"10 20\n30\n", {}}, {kOpenError, absent});
+}
+// A write does not truncate the node; a refused one is logged in the words of a failed open.
+OperationRow writer(const char* name, Call c, const char* node) {
+    const LogLine full = Error("Failed to open {node} (28): No space left on device");
+    return testing::Row(name, c, node, "85\n", "90\n", {"", {}}, {"", {kNoNode}},
+                        Outcome{"", {full}});
+}
 
 // Idle lines are dropped and sleeping ones shortened in a one-task summary.
 constexpr char kReport[] =
@@ -38,26 +50,34 @@ constexpr char kReport[] =
     "PID: 12 (c)\n5";
 constexpr char kSection120[] = "PID: 120 (a);0 0 0 0 0 0 0 0;0 0 128 0 0 0 0 0 9;";
 
-// The logged jank reader and one CLM reader and writer: the others differ only in their node.
 // The threshold selector picks one of two nodes, and another names none; an empty value is a
 // write of nothing, which is no failure.
 // clang-format off
 const OperationRow kRows[] = {
-    // A last line without its newline is read with one.
-    row(OP(readJankCpuLoad), JANK "cpu_load", "10 20\n30", {"10 20\n30\n", {}},
-        {kOpenError, {kQxtr}}),
+    reader(OP(readJankCpuInfo), JANK "cpu_info"), reader(OP(readCallStack), JANK "callstack"),
+    reader(OP(readJankCpuLoad), JANK "cpu_load", {kQxtr}),
+    reader(OP(readJankCpuLoad32), JANK "cpu_load32", {kQxtr}),
+    reader(OP(readJankCpuInfoSig), JANK "cpu_info_sig"),
+    reader(OP(readJankCpuLoad32Scale), JANK "cpu_load32_scale"),
+    reader(OP(readJankCpuIndicator), JANK "load_indicator"),
     row(OP(readJankVersion), JANK "version", "v3.2\nv4\n", {"v3.2", {}},
         {"cannot access jank version", {}}),
-    row(OP(getClmThreshold, 0), JANK "bg_dstat_percent", "10\n", {"10\n", {}}, {kOpenError, {}}),
-    // A write does not truncate the node; a refused one is logged in the words of a failed open.
-    testing::Row(OP(setClmThreshold, "90", 1), JANK "clm_report_threshold", "85\n", "90\n",
-        {"", {}}, {"", {kNoNode}},
-        Outcome{"", {Error("Failed to open {node} (28): No space left on device")}}),
+    CLM(readClmEnable, writeClmEnable, "clm_enable"),
+    CLM(readFgFreqsThreshold, writeFgFreqsThreshold, "fg_freqs_threshold"),
+    CLM(readClmHighLoadAll, writeClmHighLoadAll, "clm_highload_all"),
+    CLM(readClmHighLoadGrp, writeClmHighLoadGrp, "clm_highload_grp"),
+    CLM(readClmLowLoadGrp, writeClmLowLoadGrp, "clm_lowload_grp"),
+    CLM(getClmMuxSwitch, setClmMuxSwitch, "clm_mux_switch"),
+    reader("getClmThreshold0", call(&P::getClmThreshold, 0), JANK "bg_dstat_percent"),
+    writer("setClmThreshold0", call(&P::setClmThreshold, "90", 0), JANK "bg_dstat_percent"),
+    reader("getClmThreshold1", call(&P::getClmThreshold, 1), JANK "clm_report_threshold"),
+    writer("setClmThreshold1", call(&P::setClmThreshold, "90", 1), JANK "clm_report_threshold"),
     row("getClmThreshold2", call(&P::getClmThreshold, 2), JANK "bg_dstat_percent",
         "30\n", {kOpenError, {}}, {kOpenError, {}}),
     row("setClmThreshold2", call(&P::setClmThreshold, "90", -1),
         JANK "bg_dstat_percent", "30\n", {"", {kNoPath}}, {"", {kNoPath}}),
-    row(OP(writeClmEnable, std::string()), JANK "clm_enable", "85\n", {"", {}}, {"", {kNoNode}}),
+    row("writeClmEmpty", call(&P::writeClmEnable, std::string()), JANK "clm_enable", "85\n",
+        {"", {}}, {"", {kNoNode}}),
     row(OP(readJankTaskTrack), kTrack, kReport, {std::string("Task-data:x;") + kSection120 +
         "PID: 13 (b);3;PID: 12 (c);5;", {}}, {kOpenError, {}}),
     row(OP(readJankTaskTrackByPid, 12), kTrack, kReport,

@@ -37,16 +37,25 @@ const std::string kNoEntry = " (2): No such file or directory", kAbsent = "{node
 const std::string kNoSpace = " (28): No space left on device";
 const LogLine kUnsupported = Error("Linux version not support, Linux version {version}");
 const Outcome kDone = {"", {}}, kZero = {"0", {}};
+const Outcome kWriteFull = {"", {Error("Failed to write {node}" + kNoSpace)}};
+const Outcome kOpenFull = {"", {Error("Failed to open {node}" + kNoSpace)}};
+const Outcome kOpenAbsent = {"", {Error("Failed to open " + kAbsent)}};
 Outcome absentOn(const char* result) {
     return {result, {Error("Failed to open " + kAbsent + ", Linux version {version}")}};
 }
 Outcome noSpace(const char* result, const std::string& what) {
     return {result, {Error(what + kNoSpace)}};
 }
-// A node the call never reaches on these kernels.
+// A node the call never reaches on these kernels; the row's name tells them.
 OperationRow unreached(std::string name, Call call, const char* node, testing::Kernels kernels,
                        Outcome outcome) {
+    name += kernels == kOlder ? "_oldKernel" : "_newKernel";
     return Row(name, call, same(node), "0", std::nullopt, outcome, outcome, std::nullopt, kernels);
+}
+// A tpd parameter: a refused write goes unnoticed.
+OperationRow tpd(std::string name, Call call, NodePair node, const char* before, const char* after,
+                 testing::Kernels kernels = testing::Kernels::kAll) {
+    return Row(name, call, node, before, after, kZero, absentOn("-1"), kZero, kernels);
 }
 const Outcome kImFlag = {"", {Debug("setImFlag sucess,pid=1234,im_flag=1")}};
 const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
@@ -55,14 +64,22 @@ const Outcome kAudio = {"0", {Debug("enableAudioPerf with 10")}};
 const OperationRow kRows[] = {
     Row(OP(setSlideboost, "1"),
         {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"}, "0", "1",
-        kDone, absentOn(""), Outcome{"", {Error("Failed to write {node}" + kNoSpace)}}),
-    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag,
-        {"", {Error("Failed to open " + kAbsent)}},
-        Outcome{"", {Error("Failed to open {node}" + kNoSpace), kImFlag.logs[0]}}),
+        kDone, absentOn(""), kWriteFull),
+    Row(OP(setSchedAssistScene, "2"),
+        {"/proc/sys/kernel/sched_assist_scene", ASSIST "sched_assist_scene"}, "0", "2", kDone,
+        absentOn(""), kWriteFull),
+    Row(OP(setFrameRate, "90"), {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"}, "60",
+        "90", kDone, kOpenAbsent, kOpenFull),
+    Row(OP(setImFlag, "1234", "1"), ASSIST "im_flag", "0", "p 1234 1", kImFlag, kOpenAbsent,
+        Outcome{"", {kOpenFull.logs[0], kImFlag.logs[0]}}),
+    Row(OP(setFgUids, "10150"), "/proc/fg_info/fg_uids", "10123", "10150", kDone, kOpenAbsent,
+        kOpenFull),
     Row(OP(setSchedAssistImptTask, "au 4321"), ASSIST "sched_impt_task", "stale", "au 4321", kDone,
         absentOn(""), kDone),
-    Row(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2", kZero,
-        absentOn("-1"), kZero),
+    tpd(OP(setTpdSerialParams, "1 2"), {TPD "tpd_cmds", ASSIST "tpd_cmds"}, "stale", "1 2"),
+    tpd(OP(setTpdID, "2041"), {TPD "tpd_id", ASSIST "tpd_id"}, "stale", "2041"),
+    tpd(OP(enableTaskPlacementDecision), same(TPD "tpd_enable"), "0", "1", kOlder),
+    tpd(OP(disableTaskPlacementDecision), same(TPD "tpd_enable"), "1", "0", kOlder),
     // Newer kernels have no tpd switch.
     unreached(OP(enableTaskPlacementDecision), TPD "tpd_enable", kNewer, {"-1", {}}),
     Row(OP(writeUxState, "2", "1000", "1001"), same("/proc/1000/task/1001/ux_state"), "0", "2",
@@ -70,13 +87,11 @@ const OperationRow kRows[] = {
     Row(OP(setWakeSeedThread, "1234", true, false), same(kRtInfo), "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
         absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234"), kNewer),
-    unreached("setWakeSeedThread_oldKernel", call(&P::setWakeSeedThread, "1234", true, false),
-              kRtInfo, kOlder, {"-1", {kUnsupported}}),
+    unreached(OP(setWakeSeedThread, "1234", true, false), kRtInfo, kOlder, {"-1", {kUnsupported}}),
     Row(OP(getWakeThreadsAffinityOrdered, "1234", 3), same(kWakerInfo), "0000;2;x;4;5;6;7;8\n",
         "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}}, absentOn(kNoWaker),
         Outcome{kNoWaker, {Error("Failed to write handle 1234")}}, kNewer),
-    unreached("getWakeThreadsAffinityOrdered_oldKernel",
-              call(&P::getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
+    unreached(OP(getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
               {kNoWaker, {kUnsupported}}),
     Row(OP(setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
         "/sys/devices/system/cpu/cpufreq/policy4/scaling_governor", "walt", "schedutil",

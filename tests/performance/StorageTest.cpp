@@ -27,16 +27,25 @@ testing::OperationRow tm(std::string name, testing::Call op, const char* node,
 const std::string kQueue = "/sys/block/sda/queue", kReadAhead = "read_ahead_kb";
 // A node outside /sys, like the /dev/full a refusing node links to, is not found.
 const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
+// clang-format off
 const testing::OperationRow kStorageRows[] = {
-    // The other writers and readers differ only in their node and argument.
-    tm(OP(writeTmemorySwitch, 100), "switch", "100"),
-    tm(OP(writeTmemoryMemory, std::string()), "memory_stat", ""),
-    tm(OP(readTmemoryIoLatency), "io_latency", {}),
+    tm(OP(writeTmemorySwitch, 1), "switch", "1"),
+    tm("writeTmemorySwitch_100", call(&P::writeTmemorySwitch, 100), "switch", "100"),
+    tm(OP(writeTmemoryFlushBusy, -5), "flush_busy_interval", "-5"),
+    tm(OP(writeTmemoryFlushIdle, 9), "flush_idle_interval", "9"),
+    tm(OP(writeTmemoryCapacity, 64), "capacity", "64"),
+    tm(OP(writeTmemoryHighWaterRatio, 80), "high_watermark_ratio", "80"),
+    tm(OP(writeTmemoryMemory, std::string("1 %s")), "memory_stat", "1 %s"),
+    tm("writeTmemoryMemory_empty", call(&P::writeTmemoryMemory, std::string()), "memory_stat", ""),
+    tm(OP(readTmemorySysdirtypages), "sys_dirty_pages", {}),
+    tm(OP(readTmemoryDirtypages), "dirty_pages", {}),
+    tm(OP(readTmemoryErrorStat), "error_stat", {}), tm(OP(readTmemoryIoLatency), "io_latency", {}),
     Row(OP(readStorageFeature, kQueue, kReadAhead, std::string("0")),
         "/sys/block/sda/queue/read_ahead_kb", "128\n4\n", {}, {"1284", {}}, kNotFound, kNotFound),
     Row(OP(writeStorageFeature, kQueue, kReadAhead, std::string(), std::string("512")),
         "/sys/block/sda/queue/read_ahead_kb", "", "512", {"3", {}}, kNotFound, kNotFound),
 };
+// clang-format on
 INSTANTIATE_OPERATION_ROWS(Storage, kStorageRows);
 
 class StorageTest : public NodeRootServiceTest {
