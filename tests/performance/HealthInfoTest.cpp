@@ -75,6 +75,8 @@ const OperationRow kRows[] = {
     report(OP(getallocwait), HI("alloc_wait"), 4096),
     report(OP(getdstate), HI("dstate"), 4096),
     report(OP(getDevinfoDDRInfo), same("/proc/devinfo/ddr"), 4096),
+    report(OP(getExt4FreefragInfo, "sda1"), same("/proc/fs/ext4/sda1/free_frag"), 4096),
+    report(OP(getExt4FragScore, "sda1"), same("/proc/fs/ext4/sda1/frag_score"), 4096),
     report(OP(getDdrResidency), same("/sys/power/ddr/residency"), 4096),
     // The eMMC node stands in when the UFS node yields nothing.
     report(OP(getDevinfoUfsInfo), same("/proc/devinfo/emmc"), 4096, Kernels::kAll,

@@ -65,6 +65,9 @@ const std::string kSwitchFailure = "Failed to open" + kNoFile + ", Linux version
 
 const OperationRow kRows[] = {
     lines(OP(getMemMonitor), kMonitor, {kOpenError, {}}),
+    // The UFS signal record goes through the same line reader.
+    lines(OP(getUfsSignalRecordUpload), same("/proc/ufs_signalShow/record_upload"),
+          {kOpenError, {}}),
     put(OP(writeMemMonitor, "2041 3120"), kMonitor, kCounted),
     Row(OP(existMemMonitor), kMonitor, "enable:1\n", "", kExists,
         {"0", {Error("Failed to enable" + kNoFile)}}, kExists),
