@@ -409,6 +409,18 @@ TEST_F(RemoteTest, OutOfDescriptorsTheOldestIdleConnectionMakesRoom) {
     EXPECT_TRUE(finishes([] { EXPECT_TRUE(echoes("past the descriptor limit")); }));
 }
 
+TEST_F(RemoteTest, RequestLeftUnfinishedIsClosedByTheServer) {
+    ASSERT_NE(nullptr, serve());
+    // A header announcing 100 bytes, and only 10 of them; the server gives up on it after its
+    // frame timeout, well within this socket's 20 s receive limit.
+    const Bytes partial = frame(FIRST_CALL_TRANSACTION, Bytes(10), 0, 100);
+    unique_fd stalled = rawConnect(socketPath());
+    ASSERT_EQ(static_cast<ssize_t>(partial.size()),
+              send(stalled.get(), partial.data(), partial.size(), MSG_NOSIGNAL));
+    char byte;
+    EXPECT_EQ(0, read(stalled.get(), &byte, 1)) << strerror(errno);
+}
+
 TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
     std::shared_ptr<IToy> toy = serve(4);
     ASSERT_NE(nullptr, toy);
