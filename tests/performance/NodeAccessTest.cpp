@@ -115,15 +115,9 @@ TEST_F(ReadFileToStringTTest, ReadsOnceAndCutsAt1023Bytes) {
 }
 
 TEST(SplitStringTest, SkipsEmptyTokensAndAppends) {
-    const std::tuple<const char*, const char*, std::vector<std::string>> cases[] = {
-        {";1 2;;3 ", "; ", {"kept", "1", "2", "3"}},
-        {",,,", ",", {"kept"}},
-    };
-    for (const auto& [text, delimiters, expected] : cases) {
-        std::vector<std::string> out = {"kept"};
-        splitString(text, delimiters, &out);
-        EXPECT_EQ(out, expected) << text;
-    }
+    std::vector<std::string> out = {"kept"};
+    splitString(";1 2;;3 ", "; ", &out);
+    EXPECT_EQ(out, (std::vector<std::string>{"kept", "1", "2", "3"}));
 }
 
 }  // namespace

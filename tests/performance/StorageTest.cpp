@@ -30,7 +30,6 @@ const Outcome kNotFound = {"-1", {Error("storage_feature: get {node} fail")}};
 // clang-format off
 const testing::OperationRow kStorageRows[] = {
     tm(OP(writeTmemorySwitch, 1), "switch", "1"),
-    tm("writeTmemorySwitch_100", call(&P::writeTmemorySwitch, 100), "switch", "100"),
     tm(OP(writeTmemoryFlushBusy, -5), "flush_busy_interval", "-5"),
     tm(OP(writeTmemoryFlushIdle, 9), "flush_idle_interval", "9"),
     tm(OP(writeTmemoryCapacity, 64), "capacity", "64"),
