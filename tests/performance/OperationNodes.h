@@ -109,6 +109,12 @@ inline OperationRow Row(std::string name, Call call, const char* node, std::stri
 }
 // Written for a row whose call leaves its node as it was.
 inline constexpr std::nullopt_t kUnchanged = std::nullopt;
+// A call that never reaches its node on these kernels (it is refused first, or has no node there):
+// the same outcome whether the node is present or not, and the node untouched.
+inline OperationRow unreached(std::string name, Call call, const char* node, Outcome outcome,
+                              Kernels kernels = Kernels::kAll) {
+    return Row(name, call, same(node), "0", kUnchanged, outcome, outcome, {}, kernels);
+}
 
 // A switch: writes 0 for a message that starts with "disable", else 1, and logs the message; a
 // refused write goes unnoticed. Without the node it answers -1 and logs failure, by default

@@ -24,7 +24,7 @@ namespace {
 
 using P = Performance;
 using testing::call, testing::Call, testing::Debug, testing::Error, testing::OperationRow,
-    testing::Outcome, testing::Row, testing::same;
+    testing::Outcome, testing::Row, testing::same, testing::unreached;
 constexpr auto kOlder = testing::Kernels::kOlder, kNewer = testing::Kernels::kNewer;
 
 #define ASSIST "/proc/vyren_scheduler/sched_assist/"
@@ -45,12 +45,6 @@ Outcome absentOn(const char* result) {
 }
 Outcome noSpace(const char* result, const std::string& what) {
     return {result, {Error(what + kNoSpace)}};
-}
-// A node the call never reaches on these kernels; the row's name tells them.
-OperationRow unreached(std::string name, Call call, const char* node, testing::Kernels kernels,
-                       Outcome outcome) {
-    name += kernels == kOlder ? "_oldKernel" : "_newKernel";
-    return Row(name, call, same(node), "0", std::nullopt, outcome, outcome, std::nullopt, kernels);
 }
 // A tpd parameter: a refused write goes unnoticed.
 OperationRow tpd(std::string name, Call call, NodePair node, const char* before, const char* after,
@@ -81,18 +75,19 @@ const OperationRow kRows[] = {
     tpd(OP(enableTaskPlacementDecision), same(TPD "tpd_enable"), "0", "1", kOlder),
     tpd(OP(disableTaskPlacementDecision), same(TPD "tpd_enable"), "1", "0", kOlder),
     // Newer kernels have no tpd switch.
-    unreached(OP(enableTaskPlacementDecision), TPD "tpd_enable", kNewer, {"-1", {}}),
+    unreached("newer_" OP(enableTaskPlacementDecision), TPD "tpd_enable", {"-1", {}}, kNewer),
     Row(OP(writeUxState, "2", "1000", "1001"), same("/proc/1000/task/1001/ux_state"), "0", "2",
         kZero, absentOn("-2"), noSpace("-28", "Failed to write pid 1001 with ux_state 2"), kOlder),
     Row(OP(setWakeSeedThread, "1234", true, false), same(kRtInfo), "0", "1234;0;1",
         {"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}},
         absentOn("-2"), noSpace("-28", "Failed to set seed tid 1234"), kNewer),
-    unreached(OP(setWakeSeedThread, "1234", true, false), kRtInfo, kOlder, {"-1", {kUnsupported}}),
+    unreached("older_" OP(setWakeSeedThread, "1234", true, false), kRtInfo, {"-1", {kUnsupported}},
+              kOlder),
     Row(OP(getWakeThreadsAffinityOrdered, "1234", 3), same(kWakerInfo), "0000;2;x;4;5;6;7;8\n",
         "1234;2;x;4;5;6;7;8\n", {"1 1234,2,6,5,7,4,8", {}}, absentOn(kNoWaker),
         Outcome{kNoWaker, {Error("Failed to write handle 1234")}}, kNewer),
-    unreached(OP(getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo, kOlder,
-              {kNoWaker, {kUnsupported}}),
+    unreached("older_" OP(getWakeThreadsAffinityOrdered, "1234", 3), kWakerInfo,
+              {kNoWaker, {kUnsupported}}, kOlder),
     Row(OP(setFreqGoverner, "schedutil", std::vector<int32_t>{4}),
         "/sys/devices/system/cpu/cpufreq/policy4/scaling_governor", "walt", "schedutil",
         {"0", {Debug("setFreqGoverner: write path {node} with gov schedutil")}}, absentOn("-2"),

@@ -14,12 +14,8 @@ namespace {
 
 using P = Performance;
 using testing::call, testing::Debug, testing::Error, testing::kUnchanged, testing::OperationRow,
-    testing::Outcome, testing::Row;
+    testing::Outcome, testing::Row, testing::unreached;
 
-// A call refused before it opens its node: the same outcome whether the node is there or not.
-OperationRow refusedRow(std::string name, testing::Call c, const char* node, Outcome outcome) {
-    return Row(std::move(name), std::move(c), node, "0\n", kUnchanged, outcome, outcome);
-}
 const LogLine kNandOpen = Error("nandswap: open {node} fail");
 Outcome noProc(const char* result, const std::string& proc) {
     return {result, {Error("nandswap: no such proc " + proc)}};
@@ -30,13 +26,13 @@ Outcome noProc(const char* result, const std::string& proc) {
 const OperationRow kNandswapRows[] = {
     Row("read_life_protect", call(&P::readNandswapProc, "life_protect"), NANDSWAP "life_protect",
         "a 1\nb", kUnchanged, {"a 1\nb\n", {}}, {"null, open proc fail", {kNandOpen}}),
-    refusedRow("read_parent_path_refused", call(&P::readNandswapProc, "../fn_enable"),
-               NANDSWAP "fn_enable", noProc("null, no such proc", "../fn_enable")),
+    unreached("read_parent_path_refused", call(&P::readNandswapProc, "../fn_enable"),
+              NANDSWAP "fn_enable", noProc("null, no such proc", "../fn_enable")),
     // Read-write without truncation: the value and its newline overwrite the start.
     Row("write_fn_enable", call(&P::writeNandswapProc, "fn_enable", "1"), NANDSWAP "fn_enable",
         "stale\n", "1\nale\n", {"0", {}}, {"-22", {kNandOpen}}, Outcome{"0", {}}),
-    refusedRow("write_life_protect_refused", call(&P::writeNandswapProc, "life_protect", "1"),
-               NANDSWAP "life_protect", noProc("-3", "life_protect")),
+    unreached("write_life_protect_refused", call(&P::writeNandswapProc, "life_protect", "1"),
+              NANDSWAP "life_protect", noProc("-3", "life_protect")),
 };
 INSTANTIATE_OPERATION_ROWS(Nandswap, kNandswapRows);
 
@@ -56,32 +52,32 @@ const OperationRow kHybridswapRows[] = {
     Row("zram_write_0", call(&P::hybridswap_zram_para_write, 0, "1"), ZRAM "hybridswap_enable",
         "0\n", "1\n", {"0", {}}, {"-1", {kOpenFail}},
         Outcome{"-1", {Error("write file {node} val 1 failed, No space left on device")}}),
-    refusedRow("zram_write_7_refused", call(&P::hybridswap_zram_para_write, 7, "1"),
-               ZRAM "hybridswap_vmstat", {"-1", {Error("action 7 can not be write")}}),
+    unreached("zram_write_7_refused", call(&P::hybridswap_zram_para_write, 7, "1"),
+              ZRAM "hybridswap_vmstat", {"-1", {Error("action 7 can not be write")}}),
     Row("zram_read_bounded", call(&P::hybridswap_zram_para_read, 9), ZRAM "hybridswap_report",
         kLong, kUnchanged, {kLong.substr(0, 4095), {}}, {"Invalid action 9!!", {kOpenFail}}),
-    refusedRow("zram_write_31", call(&P::hybridswap_zram_para_write, 31, "1"),
-               "/dev/memcg/memory.psi", invalid("-1", 31)),
+    unreached("zram_write_31", call(&P::hybridswap_zram_para_write, 31, "1"),
+              "/dev/memcg/memory.psi", invalid("-1", 31)),
     // Above the tables: the vm watermark scale factor, written and read whole.
     Row("zram_write_65537", call(&P::hybridswap_zram_para_write, 65537, "150"), kScale, "10\n",
         "150", mm("0", "write", 65537), mm("-1", "write", 65537)),
     Row("zram_read_65537", call(&P::hybridswap_zram_para_read, 65537), kScale, "10\n", kUnchanged,
         mm("10\n", "read", 65537), mm("-ERROR", "read", 65537)),
-    refusedRow("zram_write_65538", call(&P::hybridswap_zram_para_write, 65538, "1"), kScale,
-               mm("-22", "write", 65538)),
-    refusedRow("zram_read_65538", call(&P::hybridswap_zram_para_read, 65538), kScale,
-               mm("-ERROR", "read", 65538)),
+    unreached("zram_write_65538", call(&P::hybridswap_zram_para_write, 65538, "1"), kScale,
+              mm("-22", "write", 65538)),
+    unreached("zram_read_65538", call(&P::hybridswap_zram_para_read, 65538), kScale,
+              mm("-ERROR", "read", 65538)),
     // Application uid 10123 of user 10.
     Row("memcg_write_app_uid", call(&P::hybridswap_memcg_para_write, 2, "1010123", "x"),
         "/dev/memcg/apps/uid_1010123/memory.app_uid", "", "x", {"0", {}}, {"-1", {kOpenFail}}),
     Row(OP(hybridswap_memcg_para_read, 1, "/"), "/dev/memcg/memory.swap_stat", "swap 3\n",
         kUnchanged, {"swap 3\n", {}}, {"Invalid action 1 memcg /!!", {kOpenFail}}),
-    refusedRow("memcg_write_system_uid", call(&P::hybridswap_memcg_para_write, 0, "1000", "v"),
-               "/dev/memcg/memory.name", kNoFileNode),
-    refusedRow("memcg_read_9", call(&P::hybridswap_memcg_para_read, 9, "apps"),
-               "/dev/memcg/apps/memory.name", invalid("Invalid action 9 memcg apps!!", 9)),
-    refusedRow("memcg_write_empty_cgroup", call(&P::hybridswap_memcg_para_write, 0, "", "v"),
-               "/dev/memcg/memory.name", {"-1", {Error("cgroup is empty"), kNoFileNode.logs[0]}}),
+    unreached("memcg_write_system_uid", call(&P::hybridswap_memcg_para_write, 0, "1000", "v"),
+              "/dev/memcg/memory.name", kNoFileNode),
+    unreached("memcg_read_9", call(&P::hybridswap_memcg_para_read, 9, "apps"),
+              "/dev/memcg/apps/memory.name", invalid("Invalid action 9 memcg apps!!", 9)),
+    unreached("memcg_write_empty_cgroup", call(&P::hybridswap_memcg_para_write, 0, "", "v"),
+              "/dev/memcg/memory.name", {"-1", {Error("cgroup is empty"), kNoFileNode.logs[0]}}),
 };
 INSTANTIATE_OPERATION_ROWS(Hybridswap, kHybridswapRows);
 

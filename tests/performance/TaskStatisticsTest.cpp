@@ -20,7 +20,7 @@ namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
 using testing::Call, testing::Debug, testing::Error, testing::Kernels, testing::OperationRow,
-    testing::Outcome, testing::Row, testing::same, testing::switchRow;
+    testing::Outcome, testing::Row, testing::same, testing::switchRow, testing::unreached;
 
 constexpr NodePair kMonitor = {"/proc/memory_monitor", "/proc/vyren_mem/memory_monitor"};
 constexpr NodePair kCpustats = {"/proc/sys/kernel/task_cpustats_enable",
@@ -53,12 +53,10 @@ OperationRow put(std::string name, Call op, NodePair node, PutResults results,
     return Row(name, op, node, "", "2041 3120", {results[0], {}}, {results[1], {Error(kNoOpen)}},
                Outcome{results[2], {refused}}, kernels);
 }
-// On the newer tree: answers result and touches nothing.
-OperationRow inert(std::string name, Call op, std::string result, Kernels kernels) {
-    return Row(name, op, same("/proc/process_reclaim"), "0", {}, {result, {}}, {result, {}}, {},
-               kernels);
-}
 
+// Calls that answer without touching the reclaim node.
+constexpr char kProcessReclaim[] = "/proc/process_reclaim";
+const Outcome kZero = {"0", {}}, kMinusOne = {"-1", {}};
 const Outcome kExists = {"1", {Debug("memmonitor is exist")}};
 const Outcome kNoLoad = {"0", {Error("Failed to open {node}")}};
 const std::string kSwitchFailure = "Failed to open" + kNoFile + ", Linux version {version}";
@@ -73,13 +71,12 @@ const OperationRow kRows[] = {
         {"0", {Error("Failed to enable" + kNoFile)}}, kExists),
     switchRow(OP(enableProcessReclaim), kReclaim, "enable ProcessReclaim", "", Kernels::kOlder),
     switchRow(OP(disableProcessReclaim), kReclaim, "disable ProcessReclaim", "", Kernels::kOlder),
-    put(OP(setProcessReclaim, "2041 3120"), same("/proc/process_reclaim"), kCounted,
-        Kernels::kOlder),
-    inert("newer_" OP(enableProcessReclaim), "0", Kernels::kNewer),
-    inert("newer_" OP(disableProcessReclaim), "0", Kernels::kNewer),
-    inert("newer_" OP(setProcessReclaim, "1"), "0", Kernels::kNewer),
-    inert(OP(perProcessMemReclaim, 1, 2, 3), "-1", Kernels::kAll),
-    inert(OP(perProcessMemReadahead, 1, 2, 3), "-1", Kernels::kAll),
+    put(OP(setProcessReclaim, "2041 3120"), same(kProcessReclaim), kCounted, Kernels::kOlder),
+    unreached("newer_" OP(enableProcessReclaim), kProcessReclaim, kZero, Kernels::kNewer),
+    unreached("newer_" OP(disableProcessReclaim), kProcessReclaim, kZero, Kernels::kNewer),
+    unreached("newer_" OP(setProcessReclaim, "1"), kProcessReclaim, kZero, Kernels::kNewer),
+    unreached(OP(perProcessMemReclaim, 1, 2, 3), kProcessReclaim, kMinusOne),
+    unreached(OP(perProcessMemReadahead, 1, 2, 3), kProcessReclaim, kMinusOne),
     switchRow(OP(enableMultiThreadOptimize), kMultiThread, "enable multi thread optimize", kNoOpen),
     switchRow(OP(disableMultiThreadOptimize), kMultiThread, "disable multi thread optimize",
               kNoOpen),
