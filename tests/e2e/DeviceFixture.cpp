@@ -46,18 +46,21 @@ Child* DeviceTest::startDaemon(const std::vector<std::string>& args) {
     return nullptr;
 }
 
-RunResult DeviceTest::runAsUid(uid_t uid, std::vector<std::string> argv) const {
-    const std::string copy = std::string(mDir.path) + "/" + fs::path(argv[0]).filename().string();
-    std::error_code error;
-    fs::copy_file(argv[0], copy, fs::copy_options::overwrite_existing, error);
-    if (error || chmod(mDir.path, 0755) != 0) {
-        ADD_FAILURE() << "cannot copy " << argv[0] << " to " << copy << ": " << error.message();
-        return {};
+RunResult DeviceTest::perfctl(const std::vector<std::string>& args, uid_t uid) const {
+    std::vector<std::string> argv = {kPerfctl};
+    if (uid != 0) {
+        argv[0] = std::string(mDir.path) + "/perfctl";
+        std::error_code error;
+        fs::copy_file(kPerfctl, argv[0], fs::copy_options::overwrite_existing, error);
+        if (error || chmod(mDir.path, 0755) != 0) {
+            ADD_FAILURE() << "cannot copy perfctl to " << argv[0] << ": " << error.message();
+            return {};
+        }
     }
-    argv[0] = copy;
-    return RunProgram(argv, kLimit, [uid] {
-        if (setgroups(0, nullptr) != 0 || setresgid(uid, uid, uid) != 0 ||
-            setresuid(uid, uid, uid) != 0) {
+    argv.insert(argv.end(), args.begin(), args.end());
+    return RunProgram(argv, [uid] {
+        if (uid != 0 && (setgroups(0, nullptr) != 0 || setresgid(uid, uid, uid) != 0 ||
+                         setresuid(uid, uid, uid) != 0)) {
             _exit(126);
         }
     });
@@ -119,10 +122,9 @@ RunResult Child::result() const {
     return result;
 }
 
-RunResult RunProgram(const std::vector<std::string>& argv, milliseconds limit,
-                     const BeforeExec& beforeExec) {
+RunResult RunProgram(const std::vector<std::string>& argv, const BeforeExec& beforeExec) {
     Child child(argv, beforeExec);
-    child.waitForEnd(limit);
+    child.waitForEnd(kLimit);
     child.stop();
     return child.result();
 }

@@ -21,6 +21,9 @@ namespace e2e {
 
 using std::chrono::milliseconds;
 
+// Bounded waits, never timing assertions: a case fails only if something never happens.
+inline constexpr milliseconds kLimit(10000);
+
 // Polls `done` until it holds or `limit` has passed; false if it never held.
 bool WaitFor(const std::function<bool()>& done, milliseconds limit);
 
@@ -62,18 +65,14 @@ class Child {
     int mStatus = -1;
 };
 
-// Runs argv to its end, stopping it if it is still running after `limit`.
-RunResult RunProgram(const std::vector<std::string>& argv, milliseconds limit = milliseconds(10000),
-                     const BeforeExec& beforeExec = nullptr);
+// Runs argv to its end, stopping it if it is still running after kLimit.
+RunResult RunProgram(const std::vector<std::string>& argv, const BeforeExec& beforeExec = nullptr);
 
 // The programs under test, as the build placed them.
 inline constexpr char kDaemon[] = E2E_DAEMON;
 inline constexpr char kPerfctl[] = E2E_PERFCTL;
 
 inline constexpr char kInstance[] = "vendor.vyren.hardware.performance.IPerformance/default";
-
-// Bounded waits, never timing assertions: a case fails only if something never happens.
-inline constexpr milliseconds kLimit(10000);
 
 class DeviceTest : public ::testing::Test {
   protected:
@@ -95,11 +94,11 @@ class DeviceTest : public ::testing::Test {
         return ndk::SpAIBinder(AServiceManager_checkService(kInstance));
     }
 
-    // perfctl with the given words, as a separate process.
-    RunResult perfctl(std::vector<std::string> args) const {
-        args.insert(args.begin(), kPerfctl);
-        return RunProgram(args, kLimit);
-    }
+    // perfctl with the given words, as a separate process. Under a uid other than root (which
+    // needs root) it runs like an app calling in, from a copy in this case's directory, which
+    // becomes searchable, so that it need not be able to enter the checkout. Daemons reach it
+    // only if started with --allow-uid.
+    RunResult perfctl(const std::vector<std::string>& args, uid_t uid = 0) const;
 
     // Nodes of the device copy, by their device path ("/proc/...").
     std::string readNode(const std::string& node) const {
@@ -110,11 +109,6 @@ class DeviceTest : public ::testing::Test {
     void writeNode(const std::string& node, const std::string& content) const {
         ASSERT_TRUE(android::base::WriteStringToFile(content, mDevice + node)) << node;
     }
-
-    // Runs argv as a process of uid (root only), like an app calling in: argv[0] runs from a
-    // copy in this case's directory, which becomes searchable, so that it need not be able to
-    // enter the checkout. Daemons reach it only if started with --allow-uid.
-    RunResult runAsUid(uid_t uid, std::vector<std::string> argv) const;
 
     TemporaryDir mDir;                                               // everything of this case
     const std::string mDevice = std::string(mDir.path) + "/device";  // node root
