@@ -39,11 +39,10 @@ TEST_F(DaemonTest, SecondDaemonAbortsOnTheSameNameOrRefusesWithoutANodeRoot) {
     EXPECT_NE(rootless.err.find("--root /"), std::string::npos) << rootless.err;
     EXPECT_NE(rootless.err.find("tools/serve.sh"), std::string::npos) << rootless.err;
 
-    const RunResult second = RunProgram({kDaemon, "--root", mDevice}, [] {
-        // The abort is expected; its core is not wanted.
-        const rlimit noCore = {0, 0};
-        setrlimit(RLIMIT_CORE, &noCore);
-    });
+    // The abort is expected; its core is not wanted. Children inherit the limit.
+    const rlimit noCore = {0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_CORE, &noCore), 0);
+    const RunResult second = RunProgram({kDaemon, "--root", mDevice});
     EXPECT_TRUE(second.killedBy(SIGABRT)) << second.describe();
     EXPECT_NE(second.err.find("Check failed: status == STATUS_OK"), std::string::npos) << second.err;
 

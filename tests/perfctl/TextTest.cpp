@@ -77,16 +77,14 @@ TEST(FormatTest, ParcelableFieldsInDeclarationOrder) {
     stat.name = "com.example\t\"svc\"";
     stat.flag = true;
     stat.value18 = u'\xffff';  // char prints as its number
-    stat.value20 = -1;
-    stat.pid = 1234;
     stat.value80 = INT32_MAX;
     ProcMemStatRet ret;
     ret.result = 1;
     ret.stats = {stat};
     EXPECT_EQ(Formatted(ret),
               R"({"result":1,"stats":[)"
-              R"({"name":"com.example\t\"svc\"","flag":true,"value18":65535,"value20":-1,)"
-              R"("value24":0,"pid":1234,"value32":0,"value36":0,"value40":0,"value44":0,)"
+              R"({"name":"com.example\t\"svc\"","flag":true,"value18":65535,"value20":0,)"
+              R"("value24":0,"pid":0,"value32":0,"value36":0,"value40":0,"value44":0,)"
               R"("value48":0,"value52":0,"smapsTotal":0,"reserved":0,"smapsDalvikHeap":0,)"
               R"("smapsNativeMalloc":0,"value72":0,"value76":0,"value80":2147483647}]})"
               "\n");
