@@ -32,29 +32,17 @@ TEST_F(DeviceTest, PerfctlExitsWithTwoOnAUsageError) {
     EXPECT_EQ(result.out, "");
 }
 
-TEST_F(DaemonTest, FullSizeReportCrossesWhole) {
-    // Longer than the report's 524288-byte buffer, which comes back full: 1 MiB as UTF-16.
-    std::string node;
-    while (node.size() < 600000) node += "hash:0x5e1f00d7 count:42 size:4096 frames:12\n";
-    writeNode("/proc/vyren_mem/memleak_detect/stack_hash", node);
-
-    const RunResult printed = perfctl({"getVmallocDebug"});
-    ASSERT_TRUE(printed.exitedWith(0)) << printed.err;
-    EXPECT_TRUE(printed.out == node.substr(0, 524288)) << printed.out.size() << " bytes";
-}
-
 TEST_F(DaemonTest, SecondDaemonAbortsOnTheSameNameOrRefusesWithoutANodeRoot) {
     // Without --root a host daemon would serve, and let callers change, this machine's nodes.
-    const RunResult rootless = RunProgram({kDaemon}, kLimit);
+    const RunResult rootless = RunProgram({kDaemon});
     EXPECT_TRUE(rootless.exitedWith(2)) << rootless.describe();
     EXPECT_NE(rootless.err.find("--root /"), std::string::npos) << rootless.err;
     EXPECT_NE(rootless.err.find("tools/serve.sh"), std::string::npos) << rootless.err;
 
-    const RunResult second = RunProgram({kDaemon, "--root", mDevice}, kLimit, [] {
-        // The abort is expected; its core is not wanted.
-        const rlimit noCore = {0, 0};
-        setrlimit(RLIMIT_CORE, &noCore);
-    });
+    // The abort is expected; its core is not wanted. Children inherit the limit.
+    const rlimit noCore = {0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_CORE, &noCore), 0);
+    const RunResult second = RunProgram({kDaemon, "--root", mDevice});
     EXPECT_TRUE(second.killedBy(SIGABRT)) << second.describe();
     EXPECT_NE(second.err.find("Check failed: status == STATUS_OK"), std::string::npos) << second.err;
 
@@ -96,14 +84,11 @@ TEST_P(TreeTest, DaemonServesTheTreesNodes) {
     const auto& [name, dir, kernelLine, nodeDir] = GetParam();
     ASSERT_NO_FATAL_FAILURE(copyTree(dir));
     ASSERT_NE(startDaemon(), nullptr);
-    const RunResult dump = perfctl({"--dump"}), used = perfctl({"getVmallocUsed"}),
-                    enable = perfctl({"enableKmallocDebug"});
-    for (const RunResult* result : {&dump, &used, &enable}) {
-        EXPECT_TRUE(result->exitedWith(0)) << result->describe();
-    }
+    const RunResult dump = perfctl({"--dump"}), used = perfctl({"getVmallocUsed"});
+    EXPECT_TRUE(dump.exitedWith(0)) << dump.describe();
+    EXPECT_TRUE(used.exitedWith(0)) << used.describe();
     EXPECT_NE(dump.out.find("\n" + kernelLine + "\n"), std::string::npos) << dump.out;
     EXPECT_EQ(used.out, readNode(nodeDir + "vmalloc_used"));
-    EXPECT_EQ(readNode(nodeDir + "kmalloc_debug_enable"), "1");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -123,22 +108,12 @@ TEST_F(DeviceTest, OnlyAllowedAppsSetUxState) {
     writeNode("/proc/vyren_scheduler/sched_assist/disable_setting", "1\n");
     ASSERT_NE(startDaemon({"--allow-uid", "1000,10123"}), nullptr);
 
-    const std::vector<std::string> write = {kPerfctl, "writeUxState", "2", "580", "612"};
-    const std::tuple<const char*, uid_t, std::vector<std::string>, int, const char*> rows[] = {
-        // name, uid, argv, exit code, the UX node afterwards
-        {"system_uid_turned_away", 1000, write, 0, "0\n"},
-        {"uid_outside_the_allowed", 10250, write, 1, "0\n"},
-        {"dump_by_an_app", 10123, {kPerfctl, "--dump"}, 1, "0\n"},
-        {"app_uid_let_through", 10123, write, 0, "p 612 2"},
-    };
-    for (const auto& [name, uid, argv, exitCode, uxTask] : rows) {
-        SCOPED_TRACE(name);
-        const RunResult result = runAsUid(uid, argv);
-        EXPECT_TRUE(result.exitedWith(exitCode)) << result.describe();
-        EXPECT_EQ(readNode("/proc/vyren_scheduler/sched_assist/ux_task"), uxTask);
-    }
-    // Root is always admitted.
-    EXPECT_TRUE(perfctl({"--dump"}).exitedWith(0));
+    // A non-app uid is turned away by the service itself; here an app passes, but may not dump.
+    const RunResult dump = perfctl({"--dump"}, 10123);
+    EXPECT_TRUE(dump.exitedWith(1)) << dump.describe();
+    const RunResult write = perfctl({"writeUxState", "2", "580", "612"}, 10123);
+    EXPECT_TRUE(write.exitedWith(0)) << write.describe();
+    EXPECT_EQ(readNode("/proc/vyren_scheduler/sched_assist/ux_task"), "p 612 2");
 }
 
 }  // namespace
