@@ -27,7 +27,7 @@ class NodeRoot {
         android::base::WriteStringToFile("0", path(kSwitch));
         // Logging is not what is measured.
         __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
-        service_ = ndk::SharedRefBase::make<Performance>(root_);
+        service_ = ndk::SharedRefBase::make<Performance>(DeviceContext{root_});
     }
     ~NodeRoot() { std::filesystem::remove_all(root_); }
 

@@ -7,7 +7,6 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <quilbex/proc-memstat.h>
-#include <quilbex/util.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -17,7 +16,6 @@
 
 namespace {
 
-constexpr int kPid = 1000;
 constexpr int kMappings = 10000;
 
 class Smaps {
@@ -25,7 +23,6 @@ class Smaps {
     Smaps() {
         char templ[] = "/tmp/smaps-bench-XXXXXX";
         root_ = mkdtemp(templ);
-        std::filesystem::create_directories(root_ + "/proc/1000");
         constexpr const char* kNames[] = {"[anon:dalvik-main space]", "[anon:libc_malloc]",
                                           "/system/lib64/libc.so", "[anon:dalvik-zygote space]"};
         std::string text;
@@ -40,10 +37,9 @@ class Smaps {
                 "THPeligible:    0\nVmFlags: rd wr mr mw me ac\n",
                 i * 0x4000, i * 0x4000 + 0x4000, kNames[i % 4]);
         }
-        path_ = root_ + "/proc/1000/smaps";
+        path_ = root_ + "/smaps";
         android::base::WriteStringToFile(text, path_);
         bytes_ = text.size();
-        vyren::quilbex::util::SetNodeRoot(root_);
     }
     ~Smaps() { std::filesystem::remove_all(root_); }
 
@@ -82,7 +78,8 @@ void BM_SmapsWalk(benchmark::State& state) {
     const unsigned int flags = static_cast<unsigned int>(state.range(0));
     for (auto _ : state) {
         vyren::quilbex::memstat::proc_ms ms = {};
-        benchmark::DoNotOptimize(vyren::quilbex::memstat::iterate_vma(kPid, flags, &ms));
+        benchmark::DoNotOptimize(
+            vyren::quilbex::memstat::iterate_vma_file(smaps().path().c_str(), flags, &ms));
         benchmark::DoNotOptimize(ms);
     }
     state.SetBytesProcessed(state.iterations() * smaps().bytes());

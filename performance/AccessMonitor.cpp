@@ -2,14 +2,14 @@
 // package, directory and nomedia lists and the global operating state. Flags and states are the
 // driver's; they pass through unchanged. Nothing here is logged.
 
+#include "AccessMonitor.h"
+
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 
 #include <cstddef>
 #include <cstring>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -97,82 +97,66 @@ void* bareName(const std::string& name) {
 
 }  // namespace
 
-int Performance::acmRequest(const AcmRequest& request, void* arg) const {
-    android::base::unique_fd fd(mDeviceIo->open(nodePath(kAcmDevice).c_str(), O_RDWR));
+int AccessMonitor::acmRequest(const AcmRequest& request, void* arg) const {
+    android::base::unique_fd fd(mDeviceIo->open(mNodes.path(kAcmDevice).c_str(), O_RDWR));
     if (fd < 0) return request.openFailure;
     return mDeviceIo->ioctl(fd, request.code, arg);
 }
 
-::ndk::ScopedAStatus Performance::setAcmOpstat(int32_t state, int32_t* _aidl_return) {
-    *_aidl_return = acmRequest(kSetOpstat, &state);
-    return ::ndk::ScopedAStatus::ok();
+int32_t AccessMonitor::setAcmOpstat(int32_t state) const {
+    return acmRequest(kSetOpstat, &state);
 }
 
-::ndk::ScopedAStatus Performance::getAcmOpstat(int32_t* _aidl_return) {
+int32_t AccessMonitor::getAcmOpstat() const {
     // The answer is the word the driver wrote back, whatever the request returned.
     int32_t state = 0;
     (void)acmRequest(kGetOpstat, &state);
-    *_aidl_return = state;
-    return ::ndk::ScopedAStatus::ok();
+    return state;
 }
 
-::ndk::ScopedAStatus Performance::addAcmPkgName(const std::string& pkgName, int64_t flag,
-                                                int32_t* _aidl_return) {
+int32_t AccessMonitor::addAcmPkgName(const std::string& pkgName, int64_t flag) const {
     AcmPackage record = packageRecord(pkgName, flag);
-    *_aidl_return = flag < 0 ? 1 : acmRequest(kAddPackage, &record);
-    return ::ndk::ScopedAStatus::ok();
+    return flag < 0 ? 1 : acmRequest(kAddPackage, &record);
 }
 
-::ndk::ScopedAStatus Performance::delAcmPkgName(const std::string& pkgName, int32_t* _aidl_return) {
-    *_aidl_return = acmRequest(kDelPackage, bareName(pkgName));
-    return ::ndk::ScopedAStatus::ok();
+int32_t AccessMonitor::delAcmPkgName(const std::string& pkgName) const {
+    return acmRequest(kDelPackage, bareName(pkgName));
 }
 
-::ndk::ScopedAStatus Performance::getAcmPkgFlag(const std::string& pkgName, int64_t* _aidl_return) {
+int64_t AccessMonitor::getAcmPkgFlag(const std::string& pkgName) const {
     AcmPackage record = packageRecord(pkgName, 0);
     (void)acmRequest(kGetPackageFlag, &record);
-    *_aidl_return = record.flag;
-    return ::ndk::ScopedAStatus::ok();
+    return record.flag;
 }
 
-::ndk::ScopedAStatus Performance::addAcmDirName(const std::string& dirName, int64_t flag,
-                                                int32_t* _aidl_return) {
+int32_t AccessMonitor::addAcmDirName(const std::string& dirName, int64_t flag) const {
     AcmDirectory record = directoryRecord(dirName, flag);
-    *_aidl_return = flag < 0 ? 1 : acmRequest(kAddDirectory, &record);
-    return ::ndk::ScopedAStatus::ok();
+    return flag < 0 ? 1 : acmRequest(kAddDirectory, &record);
 }
 
-::ndk::ScopedAStatus Performance::delAcmDirName(const std::string& dirName, int32_t* _aidl_return) {
-    *_aidl_return = acmRequest(kDelDirectory, bareName(dirName));
-    return ::ndk::ScopedAStatus::ok();
+int32_t AccessMonitor::delAcmDirName(const std::string& dirName) const {
+    return acmRequest(kDelDirectory, bareName(dirName));
 }
 
-::ndk::ScopedAStatus Performance::getAcmDirFlag(const std::string& dirName, int64_t* _aidl_return) {
+int64_t AccessMonitor::getAcmDirFlag(const std::string& dirName) const {
     AcmDirectory record = directoryRecord(dirName, 0);
     (void)acmRequest(kGetDirectoryFlag, &record);
-    *_aidl_return = record.flag;
-    return ::ndk::ScopedAStatus::ok();
+    return record.flag;
 }
 
-::ndk::ScopedAStatus Performance::addAcmNomediaDirName(const std::string& dirName,
-                                                       int32_t* _aidl_return) {
+int32_t AccessMonitor::addAcmNomediaDirName(const std::string& dirName) const {
     AcmNomedia record = nomediaRecord(dirName);
-    *_aidl_return = acmRequest(kAddNomedia, &record);
-    return ::ndk::ScopedAStatus::ok();
+    return acmRequest(kAddNomedia, &record);
 }
 
-::ndk::ScopedAStatus Performance::delAcmNomediaDirName(const std::string& dirName,
-                                                       int32_t* _aidl_return) {
+int32_t AccessMonitor::delAcmNomediaDirName(const std::string& dirName) const {
     AcmNomedia record = nomediaRecord(dirName);
-    *_aidl_return = acmRequest(kDelNomedia, &record);
-    return ::ndk::ScopedAStatus::ok();
+    return acmRequest(kDelNomedia, &record);
 }
 
-::ndk::ScopedAStatus Performance::searchAcmNomediaDirName(const std::string& dirName,
-                                                          int32_t* _aidl_return) {
+int32_t AccessMonitor::searchAcmNomediaDirName(const std::string& dirName) const {
     AcmNomedia record = nomediaRecord(dirName);
-    *_aidl_return = acmRequest(kSearchNomedia, &record);
-    return ::ndk::ScopedAStatus::ok();
+    return acmRequest(kSearchNomedia, &record);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -3,22 +3,22 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "Clm.h"
+
 #include <log/log.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
 namespace {
 
 // The CLM nodes are tuned as well as read, so they are opened for reading and writing.
-constexpr Performance::WholeNodeRead kClmRead = {Performance::LineOpen::kReadWrite, kOpenFileError};
+constexpr WholeNodeRead kClmRead = {LineOpen::kReadWrite, kOpenFileError};
 
 // Every CLM node has a reader and a writer operation.
-enum class Clm {
+enum class ClmNode {
     kEnable,
     kFgFreqsThreshold,
     kHighLoadAll,
@@ -39,98 +39,90 @@ constexpr const char* kClmNodes[] = {
     "/proc/jank_info/cpu_jank_info/clm_report_threshold",
 };
 
-constexpr const char* node(Clm which) {
+constexpr const char* node(ClmNode which) {
     return kClmNodes[static_cast<size_t>(which)];
 }
 
 // The threshold pair's selector: 0 the background D-state share, 1 the report threshold. Any
 // other value names no node, and is then treated as a node that cannot be opened.
 constexpr const char* thresholdNode(int32_t which) {
-    return which == 0   ? node(Clm::kBgDstatPercent)
-           : which == 1 ? node(Clm::kReportThreshold)
+    return which == 0   ? node(ClmNode::kBgDstatPercent)
+           : which == 1 ? node(ClmNode::kReportThreshold)
                         : nullptr;
 }
 
-// A failed CLM write is reported in the words of a failed open.
-constexpr char kClmWriteFailure[] = "Failed to open %s (%d): %s";
-
 }  // namespace
 
-::ndk::ScopedAStatus Performance::readClmEnable(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kEnable), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readNode(const char* path) const {
+    return mNodes.readWholeNode(path, kClmRead);
 }
 
-::ndk::ScopedAStatus Performance::writeClmEnable(const std::string& value) {
-    (void)writeOnce(node(Clm::kEnable), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeNode(const char* path, const std::string& value) const {
+    // A failed CLM write is reported in the words of a failed open.
+    (void)mNodes.writeOnce(path, value, LogOpenFailure);
 }
 
-::ndk::ScopedAStatus Performance::readFgFreqsThreshold(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kFgFreqsThreshold), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readClmEnable() const {
+    return readNode(node(ClmNode::kEnable));
 }
 
-::ndk::ScopedAStatus Performance::writeFgFreqsThreshold(const std::string& value) {
-    (void)writeOnce(node(Clm::kFgFreqsThreshold), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeClmEnable(const std::string& value) const {
+    writeNode(node(ClmNode::kEnable), value);
 }
 
-::ndk::ScopedAStatus Performance::readClmHighLoadAll(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kHighLoadAll), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readFgFreqsThreshold() const {
+    return readNode(node(ClmNode::kFgFreqsThreshold));
 }
 
-::ndk::ScopedAStatus Performance::writeClmHighLoadAll(const std::string& value) {
-    (void)writeOnce(node(Clm::kHighLoadAll), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeFgFreqsThreshold(const std::string& value) const {
+    writeNode(node(ClmNode::kFgFreqsThreshold), value);
 }
 
-::ndk::ScopedAStatus Performance::readClmHighLoadGrp(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kHighLoadGrp), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readClmHighLoadAll() const {
+    return readNode(node(ClmNode::kHighLoadAll));
 }
 
-::ndk::ScopedAStatus Performance::writeClmHighLoadGrp(const std::string& value) {
-    (void)writeOnce(node(Clm::kHighLoadGrp), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeClmHighLoadAll(const std::string& value) const {
+    writeNode(node(ClmNode::kHighLoadAll), value);
 }
 
-::ndk::ScopedAStatus Performance::readClmLowLoadGrp(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kLowLoadGrp), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readClmHighLoadGrp() const {
+    return readNode(node(ClmNode::kHighLoadGrp));
 }
 
-::ndk::ScopedAStatus Performance::writeClmLowLoadGrp(const std::string& value) {
-    (void)writeOnce(node(Clm::kLowLoadGrp), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeClmHighLoadGrp(const std::string& value) const {
+    writeNode(node(ClmNode::kHighLoadGrp), value);
 }
 
-::ndk::ScopedAStatus Performance::getClmMuxSwitch(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(node(Clm::kMuxSwitch), kClmRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string Clm::readClmLowLoadGrp() const {
+    return readNode(node(ClmNode::kLowLoadGrp));
 }
 
-::ndk::ScopedAStatus Performance::setClmMuxSwitch(const std::string& value) {
-    (void)writeOnce(node(Clm::kMuxSwitch), value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void Clm::writeClmLowLoadGrp(const std::string& value) const {
+    writeNode(node(ClmNode::kLowLoadGrp), value);
 }
 
-::ndk::ScopedAStatus Performance::getClmThreshold(int32_t which, std::string* _aidl_return) {
+std::string Clm::getClmMuxSwitch() const {
+    return readNode(node(ClmNode::kMuxSwitch));
+}
+
+void Clm::setClmMuxSwitch(const std::string& value) const {
+    writeNode(node(ClmNode::kMuxSwitch), value);
+}
+
+std::string Clm::getClmThreshold(int32_t which) const {
     const char* path = thresholdNode(which);
-    *_aidl_return = path != nullptr ? readWholeNode(path, kClmRead) : kOpenFileError;
-    return ::ndk::ScopedAStatus::ok();
+    return path != nullptr ? readNode(path) : kOpenFileError;
 }
 
-::ndk::ScopedAStatus Performance::setClmThreshold(const std::string& value, int32_t which) {
+void Clm::setClmThreshold(const std::string& value, int32_t which) const {
     const char* path = thresholdNode(which);
     if (path == nullptr) {
         // The same report as a path that names nothing: an empty path, which open refuses.
         ALOGE("Failed to open %s (%d): %s", "", ENOENT, strerror(ENOENT));
-        return ::ndk::ScopedAStatus::ok();
+        return;
     }
-    (void)writeOnce(path, value, kClmWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+    writeNode(path, value);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -3,6 +3,8 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "DamonReclaim.h"
+
 #include <log/log.h>
 
 #include <cerrno>
@@ -10,8 +12,6 @@
 #include <cstring>
 #include <memory>
 #include <string>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -27,9 +27,6 @@ constexpr const char* kQuota[] = {DAMON_PARAMETERS "quota_ms", DAMON_PARAMETERS 
 constexpr const char* kIntervals[] = {DAMON_PARAMETERS "sample_interval",
                                       DAMON_PARAMETERS "aggr_interval"};
 #undef DAMON_PARAMETERS
-
-constexpr char kOpenFailure[] =
-    "[damon_reclaim] Failed to open %s (%d): %s, Linux version %d.%d.%d";
 
 using Stream = std::unique_ptr<FILE, FileCloser>;
 
@@ -72,39 +69,42 @@ class ParameterFiles {
 
 }  // namespace
 
-int Performance::damonSwitch(bool on) {
+void DamonReclaim::logOpenFailure(const char* path, int err) const {
+    const KernelVersion& v = mNodes.version();
+    ALOGE("[damon_reclaim] Failed to open %s (%d): %s, Linux version %d.%d.%d", path, err,
+          strerror(err), v.major, v.minor, v.patch);
+}
+
+int DamonReclaim::damonSwitch(bool on) const {
     const char* const paths[] = {kEnabled};
-    ParameterFiles files(paths, [this](const char* p) { return nodePath(p); });
+    ParameterFiles files(paths, [this](const char* p) { return mNodes.path(p); });
     if (!files.good(0)) {
-        const int err = files.openErrno();
-        ALOGE(kOpenFailure, kEnabled, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
+        logOpenFailure(kEnabled, files.openErrno());
         return -1;
     }
     files.put(0, on ? "1" : "0");
     files.close();
+    // "disable." is matched by log readers as it stands.
     ALOGD("%s", on ? "[damon_reclaim] enabled." : "[damon_reclaim] disable.");
     return 0;
 }
 
-::ndk::ScopedAStatus Performance::enableDamonReclaim(int32_t* _aidl_return) {
-    *_aidl_return = damonSwitch(true);
-    return ::ndk::ScopedAStatus::ok();
+int32_t DamonReclaim::enableDamonReclaim() const {
+    return damonSwitch(true);
 }
 
-::ndk::ScopedAStatus Performance::disableDamonReclaim(int32_t* _aidl_return) {
-    *_aidl_return = damonSwitch(false);
-    return ::ndk::ScopedAStatus::ok();
+int32_t DamonReclaim::disableDamonReclaim() const {
+    return damonSwitch(false);
 }
 
-::ndk::ScopedAStatus Performance::setDamonReclaimWmarks(int32_t metric, int32_t high, int32_t mid,
-                                                        int32_t low, int32_t* _aidl_return) {
+int32_t DamonReclaim::setDamonReclaimWmarks(int32_t metric, int32_t high, int32_t mid,
+                                            int32_t low) const {
     enum { kMetric, kHigh, kMid, kLow };
-    ParameterFiles files(kWmarks, [this](const char* p) { return nodePath(p); });
+    ParameterFiles files(kWmarks, [this](const char* p) { return mNodes.path(p); });
     if (!files.allGood()) {
-        ALOGE("[damon_reclaim] Failed to open wmarks_xxx, Linux version %d.%d.%d", mKernelMajor,
-              mKernelMinor, mKernelPatch);
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        ALOGE("[damon_reclaim] Failed to open wmarks_xxx, Linux version %d.%d.%d",
+              mNodes.version().major, mNodes.version().minor, mNodes.version().patch);
+        return -1;
     }
     if (metric == 1) {
         // Watermarks out of order are skipped, and the metric is still set.
@@ -116,60 +116,51 @@ int Performance::damonSwitch(bool on) {
         }
     } else if (metric != 0 && metric != 2 && metric != 3) {
         ALOGE("[damon_reclaim] wmarks out of range, must be in the interval [0,1000].");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     files.put(kMetric, std::to_string(metric));
     files.close();
     ALOGD("[damon_reclaim] set wmarks_metric success.");
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return 0;
 }
 
-::ndk::ScopedAStatus Performance::setDamonReclaimColdTime(int32_t seconds, int32_t* _aidl_return) {
+int32_t DamonReclaim::setDamonReclaimColdTime(int32_t seconds) const {
     const char* const paths[] = {kMinAge};
-    ParameterFiles files(paths, [this](const char* p) { return nodePath(p); });
+    ParameterFiles files(paths, [this](const char* p) { return mNodes.path(p); });
     if (!files.good(0)) {
-        const int err = files.openErrno();
-        ALOGE(kOpenFailure, kMinAge, err, strerror(err), mKernelMajor, mKernelMinor, mKernelPatch);
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        logOpenFailure(kMinAge, files.openErrno());
+        return -1;
     }
     if (seconds < 30 || seconds > 3600) {
         ALOGE("[damon_reclaim] cold time must be in the interval [30, 3600].");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     // The kernel takes the minimum age in microseconds.
     files.put(0, std::to_string(static_cast<uint64_t>(seconds) * 1000000));
     files.close();
     ALOGD("[damon_reclaim] set cold_time success.");
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return 0;
 }
 
-::ndk::ScopedAStatus Performance::setDamonReclaimQuota(int32_t quotaMs, int32_t quotaSizeMb,
-                                                       int32_t resetIntervalMs,
-                                                       int32_t* _aidl_return) {
+int32_t DamonReclaim::setDamonReclaimQuota(int32_t quotaMs, int32_t quotaSizeMb,
+                                           int32_t resetIntervalMs) const {
     enum { kTime, kSize, kResetInterval };
-    ParameterFiles files(kQuota, [this](const char* p) { return nodePath(p); });
+    ParameterFiles files(kQuota, [this](const char* p) { return mNodes.path(p); });
     // The reset-interval test is inverted: the quota is set only where that node is missing,
     // and the interval written to it is then lost. Kernels with all three nodes always refuse.
     if (!files.good(kTime) || !files.good(kSize) || files.good(kResetInterval)) {
-        ALOGE("[damon_reclaim] Failed to open quota_xxx, Linux version %d.%d.%d", mKernelMajor,
-              mKernelMinor, mKernelPatch);
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        ALOGE("[damon_reclaim] Failed to open quota_xxx, Linux version %d.%d.%d",
+              mNodes.version().major, mNodes.version().minor, mNodes.version().patch);
+        return -1;
     }
     if (quotaMs < 1 || quotaSizeMb < 1 || resetIntervalMs < 1) {
+        // "must > 0" and "must <=" here and below are matched by log readers as they stand.
         ALOGD("[damon_reclaim] all quota params must > 0.");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     if (quotaMs > resetIntervalMs) {
         ALOGD("[damon_reclaim] quota_ms must <= reset_interval.");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     files.put(kTime, std::to_string(quotaMs));
     // The kernel takes the size quota in bytes.
@@ -178,39 +169,33 @@ int Performance::damonSwitch(bool on) {
     files.put(kResetInterval, std::to_string(resetIntervalMs));
     files.close();
     ALOGD("[damon_reclaim] set quota success.");
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return 0;
 }
 
-::ndk::ScopedAStatus Performance::setDamonReclaimMonitoring(int32_t sampleMs, int32_t aggrMs,
-                                                            int32_t* _aidl_return) {
+int32_t DamonReclaim::setDamonReclaimMonitoring(int32_t sampleMs, int32_t aggrMs) const {
     enum { kSample, kAggregation };
-    ParameterFiles files(kIntervals, [this](const char* p) { return nodePath(p); });
+    ParameterFiles files(kIntervals, [this](const char* p) { return mNodes.path(p); });
     if (!files.allGood()) {
-        ALOGE("[damon_reclaim] Failed to open ctx_interval, Linux version %d.%d.%d", mKernelMajor,
-              mKernelMinor, mKernelPatch);
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        ALOGE("[damon_reclaim] Failed to open ctx_interval, Linux version %d.%d.%d",
+              mNodes.version().major, mNodes.version().minor, mNodes.version().patch);
+        return -1;
     }
     if (sampleMs < 1 || aggrMs < 1) {
         ALOGD("[damon_reclaim] all params must > 0.");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     // Twice the sample as a 32-bit value: a shift that wraps for samples above 2^30.
     const auto twiceSample = static_cast<int32_t>(static_cast<uint32_t>(sampleMs) << 1);
     if (aggrMs <= twiceSample) {
         ALOGD("[damon_reclaim] sample must < aggr/2.");
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     // The kernel takes both intervals in microseconds.
     files.put(kSample, std::to_string(static_cast<uint64_t>(sampleMs) * 1000));
     files.put(kAggregation, std::to_string(static_cast<uint64_t>(aggrMs) * 1000));
     files.close();
     ALOGD("[damon_reclaim] set damon reclaim monitoring interval success.");
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return 0;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

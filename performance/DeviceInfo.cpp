@@ -3,6 +3,8 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "DeviceInfo.h"
+
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
@@ -14,8 +16,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-
-#include "Performance.h"
+#include <string_view>
+#include <vector>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -50,10 +52,10 @@ int32_t leadingInt(const std::string& text) {
 
 }  // namespace
 
-int32_t Performance::ufsplusStatus(const char* key) const {
+int32_t DeviceInfo::ufsplusStatus(const char* key) const {
     int32_t value = 0;
     // The last line with the key wins; one with nothing after the key does not count.
-    (void)forEachLine(kUfsplusStatus, LineOpen::kRead, [&](std::string_view line) {
+    (void)mNodes.forEachLine(kUfsplusStatus, LineOpen::kRead, [&](std::string_view line) {
         std::vector<std::string> fields;
         splitString(std::string(line).c_str(), ":", &fields);
         if (fields.size() >= 2 && fields[0] == key) value = leadingInt(fields[1]);
@@ -61,60 +63,52 @@ int32_t Performance::ufsplusStatus(const char* key) const {
     return value;
 }
 
-const char* Performance::reservePartition() const {
+const char* DeviceInfo::reservePartition() const {
     // Inverted on purpose: the vyren partition is used only where the zeto one exists as well.
-    return access(nodePath(kZetoReserve).c_str(), F_OK) == 0 ? kVyrenReserve : kZetoReserve;
+    return access(mNodes.path(kZetoReserve).c_str(), F_OK) == 0 ? kVyrenReserve : kZetoReserve;
 }
 
-::ndk::ScopedAStatus Performance::getUfsplusTwStatus(int32_t* _aidl_return) {
-    *_aidl_return = ufsplusStatus(kTwStatus);
-    return ::ndk::ScopedAStatus::ok();
+int32_t DeviceInfo::getUfsplusTwStatus() const {
+    return ufsplusStatus(kTwStatus);
 }
 
-::ndk::ScopedAStatus Performance::getUfsplusHpbStatus(int32_t* _aidl_return) {
-    *_aidl_return = ufsplusStatus(kHpbStatus);
-    return ::ndk::ScopedAStatus::ok();
+int32_t DeviceInfo::getUfsplusHpbStatus() const {
+    return ufsplusStatus(kHpbStatus);
 }
 
-::ndk::ScopedAStatus Performance::getDevinfoUfsInfo(std::string* _aidl_return) {
-    *_aidl_return = readNode(kUfsInfo.path, kDevinfoSize, kUfsInfo.fallback);
-    return ::ndk::ScopedAStatus::ok();
+std::string DeviceInfo::getDevinfoUfsInfo() const {
+    return mNodes.readNode(kUfsInfo.path, kDevinfoSize, kUfsInfo.fallback);
 }
 
-::ndk::ScopedAStatus Performance::getDevinfoDDRInfo(std::string* _aidl_return) {
-    *_aidl_return = readNode(kDdrInfo.path, kDevinfoSize, kDdrInfo.fallback);
-    return ::ndk::ScopedAStatus::ok();
+std::string DeviceInfo::getDevinfoDDRInfo() const {
+    return mNodes.readNode(kDdrInfo.path, kDevinfoSize, kDdrInfo.fallback);
 }
 
-::ndk::ScopedAStatus Performance::getDevinfoUfsVersionInfo(std::string* _aidl_return) {
-    *_aidl_return = readNode(kUfsVersion.path, kDevinfoSize, kUfsVersion.fallback);
-    return ::ndk::ScopedAStatus::ok();
+std::string DeviceInfo::getDevinfoUfsVersionInfo() const {
+    return mNodes.readNode(kUfsVersion.path, kDevinfoSize, kUfsVersion.fallback);
 }
 
-::ndk::ScopedAStatus Performance::getDdrResidency(std::string* _aidl_return) {
-    *_aidl_return = readNode(kDdrResidency.path, kDevinfoSize, kDdrResidency.fallback);
-    return ::ndk::ScopedAStatus::ok();
+std::string DeviceInfo::getDdrResidency() const {
+    return mNodes.readNode(kDdrResidency.path, kDevinfoSize, kDdrResidency.fallback);
 }
 
-::ndk::ScopedAStatus Performance::getUfsSignalRecordUpload(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kSignalRecord, {LineOpen::kRead, kOpenFileError});
-    return ::ndk::ScopedAStatus::ok();
+std::string DeviceInfo::getUfsSignalRecordUpload() const {
+    return mNodes.readWholeNode(kSignalRecord, {LineOpen::kRead, kOpenFileError});
 }
 
-::ndk::ScopedAStatus Performance::readVyrenReserve3(int32_t offset, int32_t count,
-                                                    std::string* _aidl_return) {
+std::string DeviceInfo::readVyrenReserve3(int32_t offset, int32_t count) const {
     // A negative count, or one too large to allocate, is refused with nothing opened, and the
-    // result stays as it was.
-    if (count < 0) return ::ndk::ScopedAStatus::ok();
+    // answer is empty, as it is when the partition cannot be opened.
+    if (count < 0) return "";
     std::unique_ptr<char, FreeDeleter> buffer(
         static_cast<char*>(calloc(static_cast<size_t>(count) + 1, 1)));
-    if (buffer == nullptr) return ::ndk::ScopedAStatus::ok();
+    if (buffer == nullptr) return "";
 
-    android::base::unique_fd fd(open(nodePath(reservePartition()).c_str(), O_RDONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(mNodes.path(reservePartition()).c_str(), O_RDONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
         ALOGD("open %s failed! err:%s", reservePartition(), strerror(err));
-        return ::ndk::ScopedAStatus::ok();
+        return "";
     }
     // One read, no retry: the caller gets what the device hands over at once.
     if (lseek(fd, offset, SEEK_SET) < 0) {
@@ -124,38 +118,34 @@ const char* Performance::reservePartition() const {
     }
     buffer.get()[count] = '\0';
     // The partition's data ends at its first zero byte.
-    *_aidl_return = buffer.get();
-    return ::ndk::ScopedAStatus::ok();
+    return buffer.get();
 }
 
-::ndk::ScopedAStatus Performance::writeVyrenReserve3(int32_t offset, int32_t count,
-                                                     const std::string& data,
-                                                     int32_t* _aidl_return) {
-    *_aidl_return = -1;
+int32_t DeviceInfo::writeVyrenReserve3(int32_t offset, int32_t count,
+                                       const std::string& data) const {
     // A negative count is refused with nothing opened.
-    if (count < 0) return ::ndk::ScopedAStatus::ok();
+    if (count < 0) return -1;
 
-    android::base::unique_fd fd(open(nodePath(reservePartition()).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(mNodes.path(reservePartition()).c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
         ALOGD("open %s failed! err:%s", reservePartition(), strerror(err));
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     if (lseek(fd, offset, SEEK_SET) < 0) {
         ALOGD("lseek failed! size:%d", -1);
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     // Never more than the data holds, whatever count says.
     const ssize_t written =
-        write(fd, data.data(), std::min(static_cast<size_t>(count), data.size()));
+        mNodes.write(fd, data.data(), std::min(static_cast<size_t>(count), data.size()));
     if (written < 0) {
         ALOGD("write failed! size:%d", -1);
-        return ::ndk::ScopedAStatus::ok();
+        return -1;
     }
     ALOGD("write %d bytes", static_cast<int>(written));
     fsync(fd);
-    *_aidl_return = static_cast<int32_t>(written);
-    return ::ndk::ScopedAStatus::ok();
+    return static_cast<int32_t>(written);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -3,6 +3,8 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "Fragmentation.h"
+
 #include <android-base/parseint.h>
 #include <android-base/strings.h>
 #include <dirent.h>
@@ -12,9 +14,6 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -36,10 +35,10 @@ bool isF2fsDataDevice(const char* name) {
 
 // One moved-blocks count of the f2fs device at prefix: a whole int, in hexadecimal after 0x.
 // Anything else counts 0.
-int32_t movedBlocks(const Performance& service, const std::string& prefix, const char* node) {
+int32_t movedBlocks(const KernelNodes& nodes, const std::string& prefix, const char* node) {
     std::string text;
     int32_t value = 0;
-    if (!service.ReadFileToStringT(prefix + "/" + node, &text)) return 0;
+    if (!nodes.ReadFileToStringT(prefix + "/" + node, &text)) return 0;
     text = android::base::Trim(text);
     if (!android::base::ParseInt(text, &value)) return 0;
     ALOGI("ScopedAStatus:%s:buf = %s tmp = %d", node, text.c_str(), value);
@@ -48,9 +47,9 @@ int32_t movedBlocks(const Performance& service, const std::string& prefix, const
 
 }  // namespace
 
-int Performance::GetMaxValueNode(const std::string& path) const {
+int Fragmentation::GetMaxValueNode(const std::string& path) const {
     std::string text;
-    if (!readSmallNode(path, &text)) {
+    if (!mNodes.readSmallNode(path, &text)) {
         ALOGI("get GetMaxValueNode fd failed!");
         return 0;
     }
@@ -67,12 +66,12 @@ int Performance::GetMaxValueNode(const std::string& path) const {
     return static_cast<int>(value);
 }
 
-std::string Performance::GetDevName(const std::string& directory) const {
+std::string Fragmentation::GetDevName(const std::string& directory) const {
     std::string device;
     int best = 0;
     // Directory order; on a tie the later device wins, and so does an unreadable one while
     // nothing better has been seen.
-    (void)forEachEntry(directory.c_str(), [&](const dirent& entry) {
+    (void)mNodes.forEachEntry(directory.c_str(), [&](const dirent& entry) {
         if (!isF2fsDataDevice(entry.d_name)) return true;
         const int value =
             GetMaxValueNode(std::string(kF2fsDir) + entry.d_name + "/" + kMovedBackground);
@@ -86,28 +85,23 @@ std::string Performance::GetDevName(const std::string& directory) const {
     return device;
 }
 
-::ndk::ScopedAStatus Performance::getExt4FreefragInfo(const std::string& device,
-                                                      std::string* _aidl_return) {
-    *_aidl_return = readNode((kExt4Dir + device + kFreeFrag).c_str(), kExt4ReportSize);
-    return ::ndk::ScopedAStatus::ok();
+std::string Fragmentation::getExt4FreefragInfo(const std::string& device) const {
+    return mNodes.readNode((kExt4Dir + device + kFreeFrag).c_str(), kExt4ReportSize);
 }
 
-::ndk::ScopedAStatus Performance::getExt4FragScore(const std::string& device,
-                                                   std::string* _aidl_return) {
-    *_aidl_return = readNode((kExt4Dir + device + kFragScore).c_str(), kExt4ReportSize);
-    return ::ndk::ScopedAStatus::ok();
+std::string Fragmentation::getExt4FragScore(const std::string& device) const {
+    return mNodes.readNode((kExt4Dir + device + kFragScore).c_str(), kExt4ReportSize);
 }
 
-::ndk::ScopedAStatus Performance::getF2fsMovedBlks(std::string* _aidl_return) {
+std::string Fragmentation::getF2fsMovedBlks() const {
     // With no f2fs device the prefix is the f2fs directory itself, and both counts are 0.
     const std::string prefix = kF2fsDir + GetDevName(kF2fsDir);
     ALOGI("ScopedAStatus:pathPrefix %s", prefix.c_str());
-    const int32_t foreground = movedBlocks(*this, prefix, kMovedForeground);
-    const int32_t background = movedBlocks(*this, prefix, kMovedBackground);
+    const int32_t foreground = movedBlocks(mNodes, prefix, kMovedForeground);
+    const int32_t background = movedBlocks(mNodes, prefix, kMovedBackground);
     // The sum wraps as a 32-bit int does.
-    *_aidl_return = std::to_string(static_cast<int32_t>(static_cast<uint32_t>(foreground) +
-                                                        static_cast<uint32_t>(background)));
-    return ::ndk::ScopedAStatus::ok();
+    return std::to_string(static_cast<int32_t>(static_cast<uint32_t>(foreground) +
+                                               static_cast<uint32_t>(background)));
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -1,13 +1,18 @@
 // Jank monitoring: the CPU findings of the kernel's jank monitor, text nodes under
 // /proc/jank_info/cpu_jank_info/, and the monitor's version, read once.
 
-#include <android/log.h>
+#define LOG_TAG "PerformanceService"
 
-#include <mutex>
+#include "JankInfo.h"
 
-#include "Performance.h"
+#include <android-base/stringprintf.h>
+#include <log/log.h>
+
+#include <cstring>
 
 namespace aidl::vendor::vyren::hardware::performance {
+
+using ::android::base::StringAppendF;
 
 namespace {
 
@@ -20,76 +25,65 @@ constexpr char kLoadIndicator[] = "/proc/jank_info/cpu_jank_info/load_indicator"
 constexpr char kCallStack[] = "/proc/jank_info/cpu_jank_info/callstack";
 constexpr char kVersion[] = "/proc/jank_info/cpu_jank_info/version";
 
-using Read = Performance::WholeNodeRead;
-using LineOpen = Performance::LineOpen;
+constexpr WholeNodeRead kJankRead = {LineOpen::kRead, kOpenFileError};
 
-constexpr Read kJankRead = {LineOpen::kRead, kOpenFileError};
 // The CPU load nodes are the ones the jank tooling depends on, so a missing one is reported.
-constexpr Read kLoggedJankRead = {LineOpen::kRead, kOpenFileError,
-                                  Performance::OpenFailureLog::kPathPathError, ANDROID_LOG_ERROR,
-                                  "DEBUG QXTR: open jank file %s : %s failed, %s"};
+void logMissingLoadNode(const char* path, int err) {
+    ALOGE("DEBUG QXTR: open jank file %s : %s failed, %s", path, path, strerror(err));
+}
+
 }  // namespace
 
-::ndk::ScopedAStatus Performance::readJankCpuInfo(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCpuInfo, kJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuInfo() const {
+    return mNodes.readWholeNode(kCpuInfo, kJankRead);
 }
 
-::ndk::ScopedAStatus Performance::readJankCpuInfoSig(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCpuInfoSig, kJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuInfoSig() const {
+    return mNodes.readWholeNode(kCpuInfoSig, kJankRead);
 }
 
-::ndk::ScopedAStatus Performance::readJankCpuLoad(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCpuLoad, kLoggedJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuLoad() const {
+    return mNodes.readWholeNode(kCpuLoad, kJankRead, logMissingLoadNode);
 }
 
-::ndk::ScopedAStatus Performance::readJankCpuLoad32(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCpuLoad32, kLoggedJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuLoad32() const {
+    return mNodes.readWholeNode(kCpuLoad32, kJankRead, logMissingLoadNode);
 }
 
-::ndk::ScopedAStatus Performance::readJankCpuLoad32Scale(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCpuLoad32Scale, kJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuLoad32Scale() const {
+    return mNodes.readWholeNode(kCpuLoad32Scale, kJankRead);
 }
 
-::ndk::ScopedAStatus Performance::readJankCpuIndicator(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kLoadIndicator, kJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readJankCpuIndicator() const {
+    return mNodes.readWholeNode(kLoadIndicator, kJankRead);
 }
 
-::ndk::ScopedAStatus Performance::readCallStack(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kCallStack, kJankRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string JankInfo::readCallStack() const {
+    return mNodes.readWholeNode(kCallStack, kJankRead);
 }
 
-::ndk::ScopedAStatus Performance::readJankVersion(std::string* _aidl_return) {
+std::string JankInfo::readJankVersion() {
     {
-        std::lock_guard<std::mutex> lock(mJankVersionLock);
-        if (!mJankVersion.empty()) {
-            *_aidl_return = mJankVersion;
-            return ::ndk::ScopedAStatus::ok();
-        }
+        std::lock_guard<std::mutex> lock(mLock);
+        if (!mVersion.empty()) return mVersion;
     }
     // The node is read without the lock: two first calls may both read it, and store the same.
+    // Only its first line is read, so a node whose writer keeps it open cannot hold the call.
     std::string first;
-    bool any = false;
-    if (!forEachLine(kVersion, LineOpen::kRead, [&](std::string_view line) {
-            if (!any) first = line;
-            any = true;
-        })) {
-        *_aidl_return = "cannot access jank version";
-        return ::ndk::ScopedAStatus::ok();
+    if (!mNodes.readFirstLine(kVersion, LineOpen::kRead, &first)) {
+        return "cannot access jank version";
     }
     // An empty first line leaves the cache empty, so the next call reads the node again.
     if (!first.empty()) {
-        std::lock_guard<std::mutex> lock(mJankVersionLock);
-        mJankVersion = first;
+        std::lock_guard<std::mutex> lock(mLock);
+        mVersion = first;
     }
-    *_aidl_return = first;
-    return ::ndk::ScopedAStatus::ok();
+    return first;
+}
+
+void JankInfo::dump(std::string* out) const {
+    std::lock_guard<std::mutex> lock(mLock);
+    StringAppendF(out, "jank version: %s\n", mVersion.empty() ? "(not read yet)" : mVersion.c_str());
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

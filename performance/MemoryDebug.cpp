@@ -1,8 +1,13 @@
 // Memory debugging: kernel leak-detection switches, tunables and reports.
 
-#include <android-base/stringprintf.h>
+#define LOG_TAG "PerformanceService"
 
-#include "Performance.h"
+#include "MemoryDebug.h"
+
+#include <android-base/stringprintf.h>
+#include <log/log.h>
+
+#include <cstring>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -48,101 +53,87 @@ constexpr ReportNode kVmallocHashCalReport = {
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::enableKmallocDebug(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(choose(kKmallocDebugEnable), true, "Failed to enable %s (%d): %s",
-                                "enable Kmalloc debug");
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::enableKmallocDebug() const {
+    return mNodes.switchWrite(mNodes.choose(kKmallocDebugEnable), true,
+                              NODE_ERROR_LOG("Failed to enable %s (%d): %s"),
+                              "enable Kmalloc debug");
 }
 
-::ndk::ScopedAStatus Performance::disableKmallocDebug(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(choose(kKmallocDebugEnable), false, "Failed to disable %s (%d): %s",
-                                "disable Kmalloc debug");
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::disableKmallocDebug() const {
+    return mNodes.switchWrite(mNodes.choose(kKmallocDebugEnable), false,
+                              NODE_ERROR_LOG("Failed to disable %s (%d): %s"),
+                              "disable Kmalloc debug");
 }
 
-::ndk::ScopedAStatus Performance::enableVmallocDebug(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(choose(kVmallocDebugEnable), true, "Failed to eable %s (%d): %s",
-                                "eable Vmalloc debug");
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::enableVmallocDebug() const {
+    // "eable" is matched by log readers as it stands.
+    return mNodes.switchWrite(mNodes.choose(kVmallocDebugEnable), true,
+                              NODE_ERROR_LOG("Failed to eable %s (%d): %s"), "eable Vmalloc debug");
 }
 
-::ndk::ScopedAStatus Performance::disableVmallocDebug(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(choose(kVmallocDebugEnable), false, "Failed to disable %s (%d): %s",
-                                "disable Vmalloc debug");
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::disableVmallocDebug() const {
+    return mNodes.switchWrite(mNodes.choose(kVmallocDebugEnable), false,
+                              NODE_ERROR_LOG("Failed to disable %s (%d): %s"),
+                              "disable Vmalloc debug");
 }
 
-::ndk::ScopedAStatus Performance::writeKmallocDebugCreate(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return =
-        valueWrite(choose(kKmallocDebugCreate), std::to_string(value), WriteCheck::kNotPositive,
-                   StringPrintf("enable WriteKmallocDebugCreate=%d", value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::writeKmallocDebugCreate(int32_t value) const {
+    return mNodes.valueWrite(mNodes.choose(kKmallocDebugCreate), std::to_string(value),
+                             WriteCheck::kNotPositive,
+                             StringPrintf("enable WriteKmallocDebugCreate=%d", value));
 }
 
-::ndk::ScopedAStatus Performance::writeKmallocDebugCreateWithType(const std::string& type,
-                                                                  int32_t* _aidl_return) {
+int32_t MemoryDebug::writeKmallocDebugCreateWithType(const std::string& type) const {
     // Typed creation exists only on the newer tree; an older kernel fails to open it.
-    *_aidl_return = valueWrite(kKmallocDebugCreate.newer, type, WriteCheck::kNotPositive,
-                               StringPrintf("enable WriteKmallocDebugCreate=%s", type.c_str()));
-    return ::ndk::ScopedAStatus::ok();
+    return mNodes.valueWrite(kKmallocDebugCreate.newer, type, WriteCheck::kNotPositive,
+                             StringPrintf("enable WriteKmallocDebugCreate=%s", type.c_str()));
 }
 
-::ndk::ScopedAStatus Performance::writeMemleakDetectThread(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return =
-        valueWrite(choose(kMemleakDetectThread), std::to_string(value), WriteCheck::kNotPositive,
-                   StringPrintf("enable writeMemleakDetectThread=%d", value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::writeMemleakDetectThread(int32_t value) const {
+    return mNodes.valueWrite(mNodes.choose(kMemleakDetectThread), std::to_string(value),
+                             WriteCheck::kNotPositive,
+                             StringPrintf("enable writeMemleakDetectThread=%d", value));
 }
 
-::ndk::ScopedAStatus Performance::writeVaFeature(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = valueWrite(choose(kVaFeature), std::to_string(value), WriteCheck::kNegative,
-                               StringPrintf("enable writeVaFeature=%d", value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryDebug::writeVaFeature(int32_t value) const {
+    return mNodes.valueWrite(mNodes.choose(kVaFeature), std::to_string(value),
+                             WriteCheck::kNegative, StringPrintf("enable writeVaFeature=%d", value));
 }
 
-::ndk::ScopedAStatus Performance::readKmallocDebugCreate(std::string* _aidl_return) {
-    *_aidl_return = readNode(kKmallocDebugCreateReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::readKmallocDebugCreate() const {
+    return mNodes.readNode(kKmallocDebugCreateReport);
 }
 
-::ndk::ScopedAStatus Performance::getKmallocOrigin(std::string* _aidl_return) {
-    *_aidl_return = readNode(kKmallocOriginReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getKmallocOrigin() const {
+    return mNodes.readNode(kKmallocOriginReport);
 }
 
-::ndk::ScopedAStatus Performance::getKmallocUsed(std::string* _aidl_return) {
-    *_aidl_return = readNode(kKmallocUsedReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getKmallocUsed() const {
+    return mNodes.readNode(kKmallocUsedReport);
 }
 
-::ndk::ScopedAStatus Performance::getKmallocDebug(std::string* _aidl_return) {
-    *_aidl_return = readNode(kKmallocDebugReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getKmallocDebug() const {
+    return mNodes.readNode(kKmallocDebugReport);
 }
 
-::ndk::ScopedAStatus Performance::readMemleakDetectThread(std::string* _aidl_return) {
-    *_aidl_return = readNode(kMemleakDetectThreadReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::readMemleakDetectThread() const {
+    return mNodes.readNode(kMemleakDetectThreadReport);
 }
 
-::ndk::ScopedAStatus Performance::readVaFeature(std::string* _aidl_return) {
-    *_aidl_return = readNode(kVaFeatureReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::readVaFeature() const {
+    return mNodes.readNode(kVaFeatureReport);
 }
 
-::ndk::ScopedAStatus Performance::getVmallocDebug(std::string* _aidl_return) {
-    *_aidl_return = readNode(kVmallocDebugReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getVmallocDebug() const {
+    return mNodes.readNode(kVmallocDebugReport);
 }
 
-::ndk::ScopedAStatus Performance::getVmallocUsed(std::string* _aidl_return) {
-    *_aidl_return = readNode(kVmallocUsedReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getVmallocUsed() const {
+    return mNodes.readNode(kVmallocUsedReport);
 }
 
-::ndk::ScopedAStatus Performance::getVmallocHashCal(std::string* _aidl_return) {
-    *_aidl_return = readNode(kVmallocHashCalReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryDebug::getVmallocHashCal() const {
+    return mNodes.readNode(kVmallocHashCalReport);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

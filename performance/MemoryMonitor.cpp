@@ -2,14 +2,14 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "MemoryMonitor.h"
+
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -18,37 +18,33 @@ namespace {
 constexpr NodePair kMemoryMonitor = {"/proc/memory_monitor", "/proc/vyren_mem/memory_monitor"};
 
 // The report is opened for reading and writing; a monitor that will not open says so in the text.
-constexpr Performance::WholeNodeRead kMonitorReport = {Performance::LineOpen::kReadWrite,
-                                                       kOpenFileError};
+constexpr WholeNodeRead kMonitorReport = {LineOpen::kReadWrite, kOpenFileError};
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::getMemMonitor(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(choose(kMemoryMonitor), kMonitorReport);
-    return ::ndk::ScopedAStatus::ok();
+std::string MemoryMonitor::getMemMonitor() const {
+    return mNodes.readWholeNode(mNodes.choose(kMemoryMonitor), kMonitorReport);
 }
 
-::ndk::ScopedAStatus Performance::writeMemMonitor(const std::string& cmd, int32_t* _aidl_return) {
-    *_aidl_return = valueWrite(choose(kMemoryMonitor), cmd, WriteCheck::kNegative, "");
-    return ::ndk::ScopedAStatus::ok();
+int32_t MemoryMonitor::writeMemMonitor(const std::string& cmd) const {
+    return mNodes.valueWrite(mNodes.choose(kMemoryMonitor), cmd, WriteCheck::kNegative, "");
 }
 
-::ndk::ScopedAStatus Performance::existMemMonitor(int32_t* _aidl_return) {
-    const char* path = choose(kMemoryMonitor);
+int32_t MemoryMonitor::existMemMonitor() const {
+    const char* path = mNodes.choose(kMemoryMonitor);
     // Probes with the truncating open a writer would use, so a monitor the service may only read
     // counts as absent.
     android::base::unique_fd probe(
-        open(nodePath(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+        open(mNodes.path(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (probe < 0) {
         const int err = errno;
         ALOGE("Failed to enable %s (%d): %s", path, err, strerror(err));
-        *_aidl_return = 0;
-        return ::ndk::ScopedAStatus::ok();
+        return 0;
     }
     probe.reset();
+    // Log readers match "memmonitor is exist" as it stands.
     ALOGD("memmonitor is exist");
-    *_aidl_return = 1;
-    return ::ndk::ScopedAStatus::ok();
+    return 1;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

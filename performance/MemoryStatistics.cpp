@@ -2,16 +2,14 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "MemoryStatistics.h"
+
+#include <android-base/stringprintf.h>
 #include <log/log.h>
-#include <quilbex/proc-memstat.h>
-#include <quilbex/util.h>
 
 #include <cstddef>
 #include <cstring>
 #include <mutex>
-
-#include "Performance.h"
-#include "ProcessTables.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -65,75 +63,78 @@ ProcMemStat ToProcMemStat(const proc_ms& ms, uint32_t flags) {
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::readMemoryByPids(const std::vector<int32_t>& pids, int32_t flags,
-                                                   ProcMemStatRet* _aidl_return) {
+ProcMemStatRet MemoryStatistics::readMemoryByPids(const std::vector<int32_t>& pids, int32_t flags) {
     const uint32_t bits = static_cast<uint32_t>(flags);
-    _aidl_return->result = 1;
-    _aidl_return->stats.clear();
+    ProcMemStatRet ret;
+    ret.result = 1;
     // The helper's buffers hold one query's answer at a time: keep them until it is copied.
     if (pids.empty()) {
-        std::lock_guard<ProcMemStatHelper> lock(gMemStatHelper);
-        if (!MemStat::SizeMemStats(gMemStatHelper, bits, ProcMemStatHelper::kCapacity)) {
-            return ::ndk::ScopedAStatus::ok();
+        std::lock_guard<ProcMemStatHelper> lock(mHelper);
+        if (!MemStat::SizeMemStats(mHelper, bits, ProcMemStatHelper::kCapacity)) return ret;
+        const proc_ms* records = mHelper.records();
+        for (uint32_t i = 0, count = mHelper.recordCount(); i < count; ++i) {
+            ret.stats.push_back(ToProcMemStat(records[i], bits));
         }
-        const proc_ms* records = gMemStatHelper.records();
-        for (uint32_t i = 0, count = gMemStatHelper.recordCount(); i < count; ++i) {
-            _aidl_return->stats.push_back(ToProcMemStat(records[i], bits));
-        }
-        _aidl_return->result = 0;
-        return ::ndk::ScopedAStatus::ok();
+        ret.result = 0;
+        return ret;
     }
 
     std::vector<ProcMemStat> stats;
     for (const int32_t pid : pids) {
-        std::lock_guard<ProcMemStatHelper> lock(gMemStatHelper);
+        std::lock_guard<ProcMemStatHelper> lock(mHelper);
         // One process that cannot be read fails the whole list.
-        if (!MemStat::PidMemStat(gMemStatHelper, bits, pid)) return ::ndk::ScopedAStatus::ok();
-        stats.push_back(ToProcMemStat(gMemStatHelper.pidRequest()->ms, bits));
+        if (!MemStat::PidMemStat(mHelper, bits, pid)) return ret;
+        stats.push_back(ToProcMemStat(mHelper.pidRequest()->ms, bits));
     }
-    _aidl_return->stats = std::move(stats);
-    _aidl_return->result = 0;
-    return ::ndk::ScopedAStatus::ok();
+    ret.stats = std::move(stats);
+    ret.result = 0;
+    return ret;
 }
 
-::ndk::ScopedAStatus Performance::readMemoryByUids(const std::vector<int32_t>& uids, int32_t flags,
-                                                   ProcMemStatRet* _aidl_return) {
+ProcMemStatRet MemoryStatistics::readMemoryByUids(const std::vector<int32_t>& uids, int32_t flags) {
     // The list never holds more than this: the uid that would pass it and all after it are left
     // out, and the query still succeeds.
     constexpr uint16_t kMaxRecords = ProcMemStatHelper::kCapacity - 1;
     const uint32_t bits = static_cast<uint32_t>(flags);
-    _aidl_return->result = 0;
-    _aidl_return->stats.clear();
+    ProcMemStatRet ret;
+    ret.result = 0;
 
     std::vector<proc_ms> gathered;
     for (const int32_t uid : uids) {
-        std::lock_guard<ProcMemStatHelper> lock(gMemStatHelper);
-        if (!MemStat::UidSizeMemStats(gMemStatHelper, bits, static_cast<uint32_t>(uid))) {
-            _aidl_return->result = 1;
-            return ::ndk::ScopedAStatus::ok();
+        std::lock_guard<ProcMemStatHelper> lock(mHelper);
+        if (!MemStat::UidSizeMemStats(mHelper, bits, static_cast<uint32_t>(uid))) {
+            ret.result = 1;
+            return ret;
         }
-        const uint32_t count = gMemStatHelper.recordCount();
+        const uint32_t count = mHelper.recordCount();
         if (gathered.size() + count > kMaxRecords) break;
-        const proc_ms* records = gMemStatHelper.records();
+        const proc_ms* records = mHelper.records();
         gathered.insert(gathered.end(), records, records + count);
     }
-    for (const proc_ms& ms : gathered) _aidl_return->stats.push_back(ToProcMemStat(ms, bits));
-    return ::ndk::ScopedAStatus::ok();
+    for (const proc_ms& ms : gathered) ret.stats.push_back(ToProcMemStat(ms, bits));
+    return ret;
 }
 
-::ndk::ScopedAStatus Performance::readQuilbexVersion(QuilbexVersionRet* _aidl_return) {
-    _aidl_return->result = 1;
-    _aidl_return->major = 0;
-    _aidl_return->minor = 0;
+QuilbexVersionRet MemoryStatistics::readQuilbexVersion() {
+    QuilbexVersionRet ret;
+    ret.result = 1;
+    ret.major = 0;
+    ret.minor = 0;
     int major = 0;
     int minor = 0;
-    if (::vyren::quilbex::util::QuilbexVersion(major, minor)) {
-        _aidl_return->result = 0;
-        _aidl_return->major = major;
-        _aidl_return->minor = minor;
+    if (mHelper.device().QuilbexVersion(major, minor)) {
+        ret.result = 0;
+        ret.major = major;
+        ret.minor = minor;
         ALOGE("quilbex version %d.%d", major, minor);
     }
-    return ::ndk::ScopedAStatus::ok();
+    return ret;
+}
+
+void MemoryStatistics::dump(std::string* out) const {
+    ::android::base::StringAppendF(
+        out, "memory statistics device: fd %d, buffers %s, capacity %u\n", mHelper.fd(),
+        mHelper.hasBuffers() ? "allocated" : "none", mHelper.capacity());
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -1,15 +1,14 @@
+// The service object's start: what it learns of the device once, and the subsystems it is made of.
+
 #define LOG_TAG "PerformanceService"
 
 #include "Performance.h"
 
 #include <android-base/properties.h>
 #include <log/log.h>
-#include <processgroup/processgroup.h>
-#include <quilbex/util.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -22,43 +21,67 @@ constexpr char kDefaultMemcgRoot[] = "/dev/memcg/";
 
 }  // namespace
 
-Performance::Performance() : Performance(std::string()) {}
-
-Performance::Performance(std::string nodeRoot)
-    : Performance(std::move(nodeRoot), DeviceIo::kernel()) {}
-
-Performance::Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo)
-    : mNodeRoot(std::move(nodeRoot)), mDeviceIo(std::move(deviceIo)) {
-    // The memory-statistics engine looks at the same device.
-    ::vyren::quilbex::util::SetNodeRoot(mNodeRoot);
-    std::unique_ptr<FILE, FileCloser> version(fopen(nodePath(kVersionNode).c_str(), "re"));
+Performance::StartupState Performance::probe(const DeviceContext& context) {
+    StartupState state;
+    std::unique_ptr<FILE, FileCloser> version(
+        fopen((context.nodeRoot + kVersionNode).c_str(), "re"));
     const int openErrno = errno;
 
-    mDebug = android::base::GetBoolProperty("persist.sys.assert.panic", false);
+    state.debug = android::base::GetBoolProperty("persist.sys.assert.panic", false);
 
     std::string memcg;
-    if (CgroupGetControllerPath("memory", &memcg)) {
+    if (context.cgroupControllerPath("memory", &memcg)) {
         if (memcg.empty() || memcg.back() != '/') memcg += '/';
-        mMemcgRootPath = memcg;
+        state.memcgRootPath = memcg;
     } else {
-        mMemcgRootPath = kDefaultMemcgRoot;
+        state.memcgRootPath = kDefaultMemcgRoot;
     }
 
     if (version == nullptr) {
         ALOGE("Failed to open %s (%d): %s", kVersionNode, openErrno, strerror(openErrno));
-        return;
+        return state;
     }
     char* rawLine = nullptr;
     size_t capacity = 0;
     const ssize_t length = getline(&rawLine, &capacity, version.get());
     std::unique_ptr<char, FreeDeleter> line(rawLine);
+    KernelVersion& v = state.version;
     if (length > 0) {
         // A partial match leaves the unmatched fields at 0.
-        sscanf(line.get(), "Linux version %d.%d.%d", &mKernelMajor, &mKernelMinor, &mKernelPatch);
+        sscanf(line.get(), "Linux version %d.%d.%d", &v.major, &v.minor, &v.patch);
     }
-    ALOGD("Linux version %d.%d.%d Debug is %d\n", mKernelMajor, mKernelMinor, mKernelPatch,
-          mDebug ? 1 : 0);
-    ALOGD("MemcgRootPath is initialized to %s\n", mMemcgRootPath.c_str());
+    ALOGD("Linux version %d.%d.%d Debug is %d\n", v.major, v.minor, v.patch, state.debug ? 1 : 0);
+    ALOGD("MemcgRootPath is initialized to %s\n", state.memcgRootPath.c_str());
+    return state;
 }
+
+Performance::Performance() : Performance(DeviceContext{}) {}
+
+Performance::Performance(const DeviceContext& context) : Performance(context, probe(context)) {}
+
+Performance::Performance(const DeviceContext& context, StartupState state)
+    : mNodes(context.nodeRoot, state.version, context.nodeWriter),
+      mDebug(state.debug),
+      mMemcgRootPath(std::move(state.memcgRootPath)),
+      mAccessMonitor(mNodes, context.deviceIo),
+      mClm(mNodes),
+      mDamonReclaim(mNodes),
+      mDeviceInfo(mNodes),
+      mFragmentation(mNodes),
+      mGovernor(mNodes),
+      mHealthInfo(mNodes),
+      mJankInfo(mNodes),
+      mMemoryDebug(mNodes),
+      mMemoryMonitor(mNodes),
+      mMemoryStatistics(context),
+      mProcessReclaim(mNodes),
+      mSchedAssist(mNodes),
+      mStorage(mNodes),
+      mSwapTuning(mNodes, mMemcgRootPath),
+      mTaskSchedInfo(mNodes),
+      mTaskStatistics(mNodes),
+      mTaskTrack(mNodes, mDebug),
+      mTmemory(mNodes),
+      mUxWaker(mNodes, mDebug) {}
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -1,84 +1,43 @@
 #pragma once
 
 #include <aidl/vendor/vyren/hardware/performance/BnPerformance.h>
-#include <dirent.h>
-#include <quilbex/util.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "AccessMonitor.h"
+#include "Clm.h"
+#include "DamonReclaim.h"
+#include "DeviceContext.h"
+#include "DeviceInfo.h"
+#include "Fragmentation.h"
+#include "Governor.h"
+#include "HealthInfo.h"
+#include "JankInfo.h"
+#include "KernelNodes.h"
+#include "MemoryDebug.h"
+#include "MemoryMonitor.h"
+#include "MemoryStatistics.h"
+#include "ProcessReclaim.h"
+#include "SchedAssist.h"
+#include "Storage.h"
+#include "SwapTuning.h"
+#include "TaskSchedInfo.h"
+#include "TaskStatistics.h"
+#include "TaskTrack.h"
+#include "Tmemory.h"
+#include "UxWaker.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
-// What a whole-node read answers when its node cannot be opened.
-inline constexpr char kOpenFileError[] = "NULL, OPEN FILE ERROR...";
-
-// Owners of a C stream and of a malloc'ed buffer.
-struct FileCloser {
-    void operator()(FILE* f) const { fclose(f); }
-};
-struct FreeDeleter {
-    void operator()(void* p) const { free(p); }
-};
-
-// A kernel node that moved when the vendor memory nodes were reorganised in kernel 5.10.
-struct NodePair {
-    const char* older;
-    const char* newer;
-};
-
-// A report node chosen by kernel version, with the read buffer size each tree needs.
-struct ReportNode {
-    NodePair node;
-    size_t olderSize;
-    size_t newerSize;
-};
-
-// How a text write reaches its node: a write-only descriptor (no create, no truncation, one
-// write(), failing only when it returns -1), or a "w" stream (truncating, one put; what the stream
-// only buffers fails unnoticed at close).
-enum class WriteOpen { kDescriptor, kStream };
-struct TextWrite {
-    WriteOpen open;
-    // ERROR formats for a failed open and a failed write, or nullptr to log nothing. Each takes its
-    // leading arguments from (path, errno, error text, kernel major, minor, patch).
-    const char* openFailure;
-    const char* writeFailure;
-};
-struct WriteOutcome {
-    enum class Failed { kNothing, kOpen, kWrite } failed;
-    // errno of the failed step, 0 on success.
-    int err;
-    // What the descriptor's write returned; 0 for a stream, or when the open failed.
-    ssize_t written = 0;
-};
-
-// The character devices are reached through the one device-I/O interface the engine defines.
-using ::vyren::quilbex::util::DeviceIo;
-
-// A request of the access-control monitor device.
-struct AcmRequest {
-    unsigned int code;
-    // The operation's result when the device cannot be opened.
-    int openFailure;
-};
-
-// The one service object. Every operation is a guarded bridge from a binder call to a kernel
-// node; each feature subsystem implements its operations in its own source file.
+// The binder face of the service: each operation is answered by the subsystem that owns its
+// nodes and state. The object is built before it is registered and serves until the process ends.
 class Performance : public BnPerformance {
   public:
-    // On a device every node path is used as it stands.
+    // The device this runs on: kernel nodes at their own paths, the kernel's devices.
     Performance();
-    // Resolves every kernel path against nodeRoot, a simulated device tree on a host.
-    explicit Performance(std::string nodeRoot);
-    // As above, reaching the ioctl devices through deviceIo.
-    Performance(std::string nodeRoot, std::shared_ptr<DeviceIo> deviceIo);
+    explicit Performance(const DeviceContext& context);
     ~Performance() override = default;
 
     ::ndk::ScopedAStatus addAcmDirName(const std::string& dirName, int64_t flag,
@@ -312,157 +271,41 @@ class Performance : public BnPerformance {
     // Prints the service's state for dumpsys.
     binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
-    // Reads up to size bytes of the node at path, from offset, into buf. Returns the bytes
-    // read, or -1 on bad arguments or a failed open, seek or read.
-    int readInterface(const char* path, int offset, void* buf, int size);
-
-    // Reads the first 1023 bytes at most of the node at path into out.
-    bool ReadFileToStringT(const std::string& path, std::string* out) const;
-
-    // The int at the start of the node at path, or 0 when the node cannot be read or holds none.
-    int GetMaxValueNode(const std::string& path) const;
-    // The f2fs device, among the entries of directory, whose garbage collection has moved the
-    // most blocks in the background; "" when there is none.
-    std::string GetDevName(const std::string& directory) const;
-
-    // Line reads as the feature tables describe them; see forEachLine and readWholeNode.
-
-    // How a line read opens its node: C mode "r", or "r+", which is open(O_RDWR) and so refuses
-    // a node the service may only read.
-    enum class LineOpen { kRead, kReadWrite };
-    // What a whole-node read logs when its node cannot be opened: the format's arguments.
-    enum class OpenFailureLog {
-        kNone,
-        kPath,           // (path)
-        kPathErrno,      // (path, errno, error text)
-        kPathPathError,  // (path, path, error text)
-        kKernelVersion,  // (major, minor, patch)
-    };
-    struct WholeNodeRead {
-        LineOpen mode;
-        // The result when the node cannot be opened.
-        const char* failureText;
-        OpenFailureLog log = OpenFailureLog::kNone;
-        int logPriority = 0;
-        const char* logFormat = nullptr;
-        // Put before the first line, and after every line.
-        const char* prefix = "";
-        char terminator = '\n';
-    };
-
   private:
-    // The node-access conventions shared by every subsystem.
+    // What the service learns about the device once, at start.
+    struct StartupState {
+        KernelVersion version;
+        bool debug;
+        // Always ends in a slash.
+        std::string memcgRootPath;
+    };
+    static StartupState probe(const DeviceContext& context);
+    Performance(const DeviceContext& context, StartupState state);
 
-    // Where a device node lives in this service's view of the file system.
-    std::string nodePath(std::string_view path) const;
-    // Kernel 5.10 and later publish the vendor memory nodes in their newer tree.
-    bool usesNewNodeTree() const;
-    const char* choose(const NodePair& node) const;
+    const KernelNodes mNodes;
+    const bool mDebug;
+    const std::string mMemcgRootPath;
 
-    // Switch write: writes "1" (on) or "0" (off) with no newline through a "w" stream. Returns
-    // 0, or -1 with failFormat (path, errno, error text) logged when the node cannot be opened.
-    // A refused write is not noticed. failFormat may go on to the kernel version (major, minor,
-    // patch).
-    int switchWrite(const char* path, bool on, const char* failFormat, const char* message);
-
-    // Node write: writes bytes once, as they stand, to the node opened write-only (no create, no
-    // truncate). Returns the write's own result, or -2, with ERROR openFailFormat (path, errno,
-    // error text) logged, when the node cannot be opened. A write of -1 is logged at
-    // ERROR with writeFailFormat (path, errno, error text) when it is not null; errno stays that
-    // of the write for a caller with a message of its own.
-    int writeOnce(const char* path, std::string_view bytes, const char* writeFailFormat,
-                  const char* openFailFormat = "Failed to open %s (%d): %s");
-    // Text write: writes text to the node once, as `how` says, logging a failure with its
-    // format.
-    WriteOutcome writeText(const char* path, std::string_view text, const TextWrite& how);
-
-    // When a value write counts as failed and is logged.
-    enum class WriteCheck { kNotPositive, kNegative };
-    // Value write: writes text once, with no newline, to the node opened write-only. Returns the
-    // write's own result (bytes written, or -1), or -2 when the node cannot be opened. message,
-    // when not empty, is logged at DEBUG after the write. A failed write logs writeFailFormat
-    // (path, errno, error text), a failed open openFailFormat (the same arguments).
-    int valueWrite(const char* path, std::string_view text, WriteCheck check,
-                   const std::string& message,
-                   const char* writeFailFormat = "Failed to write %s (%d): %s",
-                   const char* openFailFormat = "Failed to open %s (%d): %s");
-
-    // Node read: the node's text, up to its first NUL and never more than size bytes; empty
-    // when the node cannot be read.
-    std::string readNode(const char* path, size_t size);
-    std::string readNode(const ReportNode& report);
-    // Node read that, when fallback is not null and the first read yields less than one byte,
-    // reads the fallback node into the same buffer.
-    std::string readNode(const char* path, size_t size, const char* fallback);
-    // Appends the node's text, up to its first NUL and at most 1023 bytes from one read, to
-    // out. Returns false, with nothing logged, when the node cannot be opened.
-    bool readSmallNode(const std::string& path, std::string* out, size_t size = 1024) const;
-
-    // Calls onLine with each line of the node, without its newline; a last line with no newline
-    // is a line too. A read error ends the lines early. Returns false, with errno from the
-    // open, when the node cannot be opened.
-    bool forEachLine(const char* path, LineOpen mode,
-                     const std::function<void(std::string_view)>& onLine) const;
-    // Whole-node read: the prefix, then every line followed by the terminator, with no size
-    // limit; or the failure text, logged as the read says, when the node cannot be opened.
-    std::string readWholeNode(const char* path, const WholeNodeRead& how) const;
-
-    // Swap tuning. The hybrid-swap node of a global action, or "" for an action with none.
-    std::string hybridswapGlobalFile(int32_t action) const;
-    // The node of a per-group action in one memory cgroup, or "" when there is none.
-    void get_memcg_para_file(int32_t action, const std::string& cgroup, std::string* path) const;
-    // The same on the unified hierarchy.
-    void get_memcg_para_file_dfl(int32_t action, const std::string& cgroup, std::string* path) const;
-    // Writes value once, exactly; 0 when all of it was taken, else -1.
-    int hybridswapWrite(int32_t action, const std::string& path, const std::string& value);
-    // One read of at most 4095 bytes, or invalidText when there is no node to read.
-    std::string hybridswapRead(int32_t action, const std::string& path,
-                               const std::string& invalidText);
-    // Turns the DAMON reclaim module on or off.
-    int damonSwitch(bool on);
-    // Device information: the value of a UFS status line, and the reserve partition to open.
-    int32_t ufsplusStatus(const char* key) const;
-    const char* reservePartition() const;
-    // Calls onEntry with each entry of the directory at path, in directory order, "." and ".."
-    // included, until it returns false. Returns false when the directory cannot be opened.
-    bool forEachEntry(const char* path, const std::function<bool(const dirent&)>& onEntry) const;
-
-    // Storage feature nodes (Storage.cpp).
-    std::vector<std::string> getDevicePath(const std::string& dir) const;
-    std::string getUfsHpbNodePath(const std::string& name, const std::string& feature) const;
-    std::vector<std::string> getCustDevicePath(const std::string& name,
-                                               const std::string& feature) const;
-    bool isStorageNode(const std::string& path) const;
-    std::vector<std::string> findStorageNodes(const std::string& name, const std::string& feature,
-                                              const std::string& lookupMode) const;
-
-    // Tmemory write-back cache (Tmemory.cpp).
-    bool findTmemoryPath(std::string& dir) const;
-    void writeTmemoryNode(const std::string& node, const char* buf, int count, int* result) const;
-    int writeTmemoryText(const char* node, const std::string& text) const;
-    std::string readTmemoryNode(const char* node) const;
-
-    // Access-control monitor (AccessMonitor.cpp): one request on the device; the request's
-    // result, or its open-failure result when the device cannot be opened.
-    int acmRequest(const AcmRequest& request, void* arg) const;
-
-    // Fixed at construction. Nodes and streams are opened and closed within the call that uses
-    // them, so the object holds none.
-    const std::string mNodeRoot;
-    const std::shared_ptr<DeviceIo> mDeviceIo;
-    int32_t mKernelMajor = 0;
-    int32_t mKernelMinor = 0;
-    int32_t mKernelPatch = 0;
-    bool mDebug = false;
-    // Always ends in a slash.
-    std::string mMemcgRootPath;
-
-    // Filled by the first successful jank version read and returned unchanged afterwards.
-    std::mutex mJankVersionLock;
-    std::string mJankVersion;
+    AccessMonitor mAccessMonitor;
+    Clm mClm;
+    DamonReclaim mDamonReclaim;
+    DeviceInfo mDeviceInfo;
+    Fragmentation mFragmentation;
+    Governor mGovernor;
+    HealthInfo mHealthInfo;
+    JankInfo mJankInfo;
+    MemoryDebug mMemoryDebug;
+    MemoryMonitor mMemoryMonitor;
+    MemoryStatistics mMemoryStatistics;
+    ProcessReclaim mProcessReclaim;
+    SchedAssist mSchedAssist;
+    Storage mStorage;
+    SwapTuning mSwapTuning;
+    TaskSchedInfo mTaskSchedInfo;
+    TaskStatistics mTaskStatistics;
+    TaskTrack mTaskTrack;
+    Tmemory mTmemory;
+    UxWaker mUxWaker;
 };
-
-// Splits str at any of the characters of delim and appends the non-empty tokens to out.
-void splitString(const char* str, const char* delim, std::vector<std::string>* out);
 
 }  // namespace aidl::vendor::vyren::hardware::performance

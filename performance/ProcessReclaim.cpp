@@ -1,9 +1,14 @@
 // Process reclaim on older kernels, the CPU multi-thread switch, and the kernel and swap back-end
 // versions.
 
+#define LOG_TAG "PerformanceService"
+
+#include "ProcessReclaim.h"
+
+#include <log/log.h>
 #include <unistd.h>
 
-#include "Performance.h"
+#include <cstring>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -24,70 +29,58 @@ constexpr SwapBackEnd kSwapBackEnds[] = {{"/sys/block/zram0/hybridswap_enable", 
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::enableProcessReclaim(int32_t* _aidl_return) {
-    *_aidl_return = usesNewNodeTree()
-                        ? 0
-                        : switchWrite(kProcessReclaimEnable, true, "Failed to enable %s (%d): %s",
-                                      "enable ProcessReclaim");
-    return ::ndk::ScopedAStatus::ok();
+int32_t ProcessReclaim::enableProcessReclaim() const {
+    if (mNodes.newTree()) return 0;
+    return mNodes.switchWrite(kProcessReclaimEnable, true,
+                              NODE_ERROR_LOG("Failed to enable %s (%d): %s"),
+                              "enable ProcessReclaim");
 }
 
-::ndk::ScopedAStatus Performance::disableProcessReclaim(int32_t* _aidl_return) {
-    *_aidl_return = usesNewNodeTree()
-                        ? 0
-                        : switchWrite(kProcessReclaimEnable, false, "Failed to disable %s (%d): %s",
-                                      "disable ProcessReclaim");
-    return ::ndk::ScopedAStatus::ok();
+int32_t ProcessReclaim::disableProcessReclaim() const {
+    if (mNodes.newTree()) return 0;
+    return mNodes.switchWrite(kProcessReclaimEnable, false,
+                              NODE_ERROR_LOG("Failed to disable %s (%d): %s"),
+                              "disable ProcessReclaim");
 }
 
-::ndk::ScopedAStatus Performance::setProcessReclaim(const std::string& cmd, int32_t* _aidl_return) {
+int32_t ProcessReclaim::setProcessReclaim(const std::string& cmd) const {
     // The command goes to the kernel as it stands.
-    *_aidl_return =
-        usesNewNodeTree() ? 0 : valueWrite(kProcessReclaim, cmd, WriteCheck::kNegative, "");
-    return ::ndk::ScopedAStatus::ok();
+    if (mNodes.newTree()) return 0;
+    return mNodes.valueWrite(kProcessReclaim, cmd, WriteCheck::kNegative, "");
 }
 
 // Kept in the interface with no effect.
-::ndk::ScopedAStatus Performance::perProcessMemReclaim(int32_t, int32_t, int32_t,
-                                                       int32_t* _aidl_return) {
-    *_aidl_return = -1;
-    return ::ndk::ScopedAStatus::ok();
+int32_t ProcessReclaim::perProcessMemReclaim(int32_t, int32_t, int32_t) const {
+    return -1;
 }
 
-::ndk::ScopedAStatus Performance::perProcessMemReadahead(int32_t pid, int32_t mode, int32_t size,
-                                                         int32_t* _aidl_return) {
-    return perProcessMemReclaim(pid, mode, size, _aidl_return);
+int32_t ProcessReclaim::perProcessMemReadahead(int32_t pid, int32_t mode, int32_t size) const {
+    return perProcessMemReclaim(pid, mode, size);
 }
 
-::ndk::ScopedAStatus Performance::enableMultiThreadOptimize(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(kMultiThreadOptimize, true, "Failed to open %s (%d): %s",
-                                "enable multi thread optimize");
-    return ::ndk::ScopedAStatus::ok();
+int32_t ProcessReclaim::enableMultiThreadOptimize() const {
+    return mNodes.switchWrite(kMultiThreadOptimize, true, LogOpenFailure,
+                              "enable multi thread optimize");
 }
 
-::ndk::ScopedAStatus Performance::disableMultiThreadOptimize(int32_t* _aidl_return) {
-    *_aidl_return = switchWrite(kMultiThreadOptimize, false, "Failed to open %s (%d): %s",
-                                "disable multi thread optimize");
-    return ::ndk::ScopedAStatus::ok();
+int32_t ProcessReclaim::disableMultiThreadOptimize() const {
+    return mNodes.switchWrite(kMultiThreadOptimize, false, LogOpenFailure,
+                              "disable multi thread optimize");
 }
 
-::ndk::ScopedAStatus Performance::getKernelVersion(int32_t* _aidl_return) {
+int32_t ProcessReclaim::getKernelVersion() const {
     // The patch level plays no part, as in the node-tree choice. Unsigned arithmetic keeps an
     // absurd version line from overflowing.
-    *_aidl_return = static_cast<int32_t>(static_cast<uint32_t>(mKernelMajor) * 100u +
-                                         static_cast<uint32_t>(mKernelMinor));
-    return ::ndk::ScopedAStatus::ok();
+    const KernelVersion& v = mNodes.version();
+    return static_cast<int32_t>(static_cast<uint32_t>(v.major) * 100u +
+                                static_cast<uint32_t>(v.minor));
 }
 
-::ndk::ScopedAStatus Performance::getPswapVersion(int32_t* _aidl_return) {
-    *_aidl_return = -1;
+int32_t ProcessReclaim::getPswapVersion() const {
     for (const auto& backEnd : kSwapBackEnds) {
-        if (access(nodePath(backEnd.node).c_str(), F_OK) == 0) {
-            *_aidl_return = backEnd.version;
-            break;
-        }
+        if (access(mNodes.path(backEnd.node).c_str(), F_OK) == 0) return backEnd.version;
     }
-    return ::ndk::ScopedAStatus::ok();
+    return -1;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -3,132 +3,104 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "SchedAssist.h"
+
 #include <log/log.h>
 #include <unistd.h>
 
-#include "Performance.h"
+#include <cstring>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
 namespace {
 
-constexpr char kOpenFailed[] = "Failed to open %s (%d): %s";
-constexpr char kOpenFailedOnKernel[] = "Failed to open %s (%d): %s, Linux version %d.%d.%d";
-constexpr char kWriteFailed[] = "Failed to write %s (%d): %s";
-
-// A scheduler node and how a write to it is made and reported.
-struct SchedNode {
-    NodePair node;
-    TextWrite how;
-};
-
-constexpr SchedNode kSlideboost = {
-    {"/proc/sys/kernel/slide_boost_enabled", "/proc/sys/walt/slide_boost_enabled"},
-    {WriteOpen::kDescriptor, kOpenFailedOnKernel, kWriteFailed}};
-constexpr SchedNode kSchedAssistScene = {
-    {"/proc/sys/kernel/sched_assist_scene",
-     "/proc/vyren_scheduler/sched_assist/sched_assist_scene"},
-    {WriteOpen::kDescriptor, kOpenFailedOnKernel, kWriteFailed}};
-// These three report a failed write with the open message.
-constexpr SchedNode kFrameRate = {{"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"},
-                                  {WriteOpen::kDescriptor, kOpenFailed, kOpenFailed}};
-constexpr SchedNode kImFlag = {
-    {"/proc/vyren_scheduler/sched_assist/im_flag", "/proc/vyren_scheduler/sched_assist/im_flag"},
-    {WriteOpen::kDescriptor, kOpenFailed, kOpenFailed}};
-constexpr SchedNode kFgUids = {{"/proc/fg_info/fg_uids", "/proc/fg_info/fg_uids"},
-                               {WriteOpen::kDescriptor, kOpenFailed, kOpenFailed}};
+constexpr NodePair kSlideboost = {"/proc/sys/kernel/slide_boost_enabled",
+                                  "/proc/sys/walt/slide_boost_enabled"};
+constexpr NodePair kSchedAssistScene = {"/proc/sys/kernel/sched_assist_scene",
+                                        "/proc/vyren_scheduler/sched_assist/sched_assist_scene"};
+constexpr NodePair kFrameRate = {"/proc/sys/kernel/frame_rate", "/proc/sys/walt/frame_rate"};
+constexpr char kImFlag[] = "/proc/vyren_scheduler/sched_assist/im_flag";
+constexpr char kFgUids[] = "/proc/fg_info/fg_uids";
 // The important-task tgid node of older kernels, and the sched_assist node that replaced it.
-constexpr SchedNode kImptTgid = {
-    {"/proc/sys/kernel/sched_impt_tgid", "/proc/sys/kernel/sched_impt_tgid"},
-    {WriteOpen::kStream, "zrk Failed to open %s (%d): %s", "zrkFailed to write %s (%d): %s"}};
-constexpr SchedNode kImptTask = {{"/proc/vyren_scheduler/sched_assist/sched_impt_task",
-                                  "/proc/vyren_scheduler/sched_assist/sched_impt_task"},
-                                 {WriteOpen::kStream, kOpenFailedOnKernel, kWriteFailed}};
-// The tpd nodes notice a failed open only.
-constexpr SchedNode kTpdCmds = {
-    {"/sys/module/tpd/parameters/tpd_cmds", "/proc/vyren_scheduler/sched_assist/tpd_cmds"},
-    {WriteOpen::kStream, kOpenFailedOnKernel, nullptr}};
-constexpr SchedNode kTpdId = {
-    {"/sys/module/tpd/parameters/tpd_id", "/proc/vyren_scheduler/sched_assist/tpd_id"},
-    {WriteOpen::kStream, kOpenFailedOnKernel, nullptr}};
+constexpr char kImptTgid[] = "/proc/sys/kernel/sched_impt_tgid";
+constexpr char kImptTask[] = "/proc/vyren_scheduler/sched_assist/sched_impt_task";
+constexpr NodePair kTpdCmds = {"/sys/module/tpd/parameters/tpd_cmds",
+                               "/proc/vyren_scheduler/sched_assist/tpd_cmds"};
+constexpr NodePair kTpdId = {"/sys/module/tpd/parameters/tpd_id",
+                             "/proc/vyren_scheduler/sched_assist/tpd_id"};
 // Only older kernels have a tpd switch.
-constexpr SchedNode kTpdEnable = {{"/sys/module/tpd/parameters/tpd_enable", nullptr},
-                                  {WriteOpen::kStream, kOpenFailedOnKernel, nullptr}};
+constexpr char kTpdEnable[] = "/sys/module/tpd/parameters/tpd_enable";
 
 // A client app marks its important task with this prefix; older kernels take its tgid alone.
 constexpr std::string_view kAppTaskPrefix = "au ";
 
-// 0 once the node was opened, whatever became of the write; -1 when it could not be.
-int openedResult(const WriteOutcome& outcome) {
+}  // namespace
+
+int32_t SchedAssist::writeTpd(const char* node, std::string_view text) const {
+    // The tpd nodes notice a failed open only.
+    const WriteOutcome outcome =
+        mNodes.writeText(node, text, WriteOpen::kStream, mNodes.openFailureOnKernel());
     return outcome.failed == WriteOutcome::Failed::kOpen ? -1 : 0;
 }
 
-}  // namespace
-
-::ndk::ScopedAStatus Performance::setSlideboost(const std::string& value) {
-    writeText(choose(kSlideboost.node), value, kSlideboost.how);
-    return ::ndk::ScopedAStatus::ok();
+void SchedAssist::setSlideboost(const std::string& value) const {
+    mNodes.writeText(mNodes.choose(kSlideboost), value, WriteOpen::kDescriptor,
+                     mNodes.openFailureOnKernel(), LogWriteFailure);
 }
 
-::ndk::ScopedAStatus Performance::setSchedAssistScene(const std::string& value) {
-    writeText(choose(kSchedAssistScene.node), value, kSchedAssistScene.how);
-    return ::ndk::ScopedAStatus::ok();
+void SchedAssist::setSchedAssistScene(const std::string& value) const {
+    mNodes.writeText(mNodes.choose(kSchedAssistScene), value, WriteOpen::kDescriptor,
+                     mNodes.openFailureOnKernel(), LogWriteFailure);
 }
 
-::ndk::ScopedAStatus Performance::setFrameRate(const std::string& value) {
-    writeText(choose(kFrameRate.node), value, kFrameRate.how);
-    return ::ndk::ScopedAStatus::ok();
+// The frame rate, im flag and foreground uid nodes report a failed write with the open message.
+void SchedAssist::setFrameRate(const std::string& value) const {
+    mNodes.writeText(mNodes.choose(kFrameRate), value, WriteOpen::kDescriptor, LogOpenFailure,
+                     LogOpenFailure);
 }
 
-::ndk::ScopedAStatus Performance::setImFlag(const std::string& pid, const std::string& flag) {
-    const WriteOutcome outcome =
-        writeText(choose(kImFlag.node), "p " + pid + " " + flag, kImFlag.how);
+void SchedAssist::setImFlag(const std::string& pid, const std::string& flag) const {
+    const WriteOutcome outcome = mNodes.writeText(
+        kImFlag, "p " + pid + " " + flag, WriteOpen::kDescriptor, LogOpenFailure, LogOpenFailure);
     if (outcome.failed != WriteOutcome::Failed::kOpen) {
+        // "sucess" is matched by log readers as it stands.
         ALOGD("setImFlag sucess,pid=%s,im_flag=%s", pid.c_str(), flag.c_str());
     }
-    return ::ndk::ScopedAStatus::ok();
 }
 
-::ndk::ScopedAStatus Performance::setFgUids(const std::string& uids) {
-    writeText(choose(kFgUids.node), uids, kFgUids.how);
-    return ::ndk::ScopedAStatus::ok();
+void SchedAssist::setFgUids(const std::string& uids) const {
+    mNodes.writeText(kFgUids, uids, WriteOpen::kDescriptor, LogOpenFailure, LogOpenFailure);
 }
 
-::ndk::ScopedAStatus Performance::setSchedAssistImptTask(const std::string& value) {
+void SchedAssist::setSchedAssistImptTask(const std::string& value) const {
     // Only the older node's presence decides, not the kernel version.
-    const char* tgidNode = kImptTgid.node.older;
-    if (access(nodePath(tgidNode).c_str(), F_OK) == 0 &&
+    if (access(mNodes.path(kImptTgid).c_str(), F_OK) == 0 &&
         std::string_view(value).substr(0, kAppTaskPrefix.size()) == kAppTaskPrefix) {
-        writeText(tgidNode, std::string_view(value).substr(kAppTaskPrefix.size()), kImptTgid.how);
+        // "zrk", and no space after it on a failed write, are matched by log readers as they
+        // stand.
+        mNodes.writeText(kImptTgid, std::string_view(value).substr(kAppTaskPrefix.size()),
+                         WriteOpen::kStream, NODE_ERROR_LOG("zrk Failed to open %s (%d): %s"),
+                         NODE_ERROR_LOG("zrkFailed to write %s (%d): %s"));
     } else {
-        writeText(choose(kImptTask.node), value, kImptTask.how);
+        mNodes.writeText(kImptTask, value, WriteOpen::kStream, mNodes.openFailureOnKernel(),
+                         LogWriteFailure);
     }
-    return ::ndk::ScopedAStatus::ok();
 }
 
-::ndk::ScopedAStatus Performance::setTpdSerialParams(const std::string& params,
-                                                     int32_t* _aidl_return) {
-    *_aidl_return = openedResult(writeText(choose(kTpdCmds.node), params, kTpdCmds.how));
-    return ::ndk::ScopedAStatus::ok();
+int32_t SchedAssist::setTpdSerialParams(const std::string& params) const {
+    return writeTpd(mNodes.choose(kTpdCmds), params);
 }
 
-::ndk::ScopedAStatus Performance::setTpdID(const std::string& id, int32_t* _aidl_return) {
-    *_aidl_return = openedResult(writeText(choose(kTpdId.node), id, kTpdId.how));
-    return ::ndk::ScopedAStatus::ok();
+int32_t SchedAssist::setTpdID(const std::string& id) const {
+    return writeTpd(mNodes.choose(kTpdId), id);
 }
 
-::ndk::ScopedAStatus Performance::enableTaskPlacementDecision(int32_t* _aidl_return) {
-    *_aidl_return = usesNewNodeTree()
-                        ? -1
-                        : openedResult(writeText(kTpdEnable.node.older, "1", kTpdEnable.how));
-    return ::ndk::ScopedAStatus::ok();
+int32_t SchedAssist::enableTaskPlacementDecision() const {
+    return mNodes.newTree() ? -1 : writeTpd(kTpdEnable, "1");
 }
 
-::ndk::ScopedAStatus Performance::disableTaskPlacementDecision(int32_t* _aidl_return) {
-    *_aidl_return = usesNewNodeTree()
-                        ? -1
-                        : openedResult(writeText(kTpdEnable.node.older, "0", kTpdEnable.how));
-    return ::ndk::ScopedAStatus::ok();
+int32_t SchedAssist::disableTaskPlacementDecision() const {
+    return mNodes.newTree() ? -1 : writeTpd(kTpdEnable, "0");
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

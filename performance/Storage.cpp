@@ -8,13 +8,18 @@
 //   other  the node at `name` + "/" + `feature`.
 // Whatever the mode, a node is used only when its path lies under /sys/, has no ".." component,
 // and still lies under /sys once every symlink is followed, and when it is not a directory.
-// Anything else counts as not found, so a caller cannot reach a file outside sysfs.
+// Anything else counts as not found, so a caller cannot reach a file outside sysfs. An HPB path
+// names its node whether or not the node is there: a missing one is judged by its parent
+// directory, and its open then fails.
 //
 // A read appends every line of every node found, without its line break. A write sends the value
 // as given to the first node found and returns the bytes written.
 
 #define LOG_TAG "PerformanceService"
 
+#include "Storage.h"
+
+#include <android-base/stringprintf.h>
 #include <android-base/strings.h>
 #include <limits.h>
 #include <log/log.h>
@@ -25,12 +30,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "Performance.h"
-#include "ProcessTables.h"
-
 namespace aidl::vendor::vyren::hardware::performance {
 
 using ::android::base::StartsWith;
+using ::android::base::StringAppendF;
 
 namespace {
 
@@ -72,9 +75,9 @@ std::string linkTarget(std::string_view target) {
 
 }  // namespace
 
-std::vector<std::string> Performance::getDevicePath(const std::string& dir) const {
+std::vector<std::string> Storage::getDevicePath(const std::string& dir) const {
     std::vector<std::string> names;
-    forEachEntry(dir.c_str(), [&](const dirent& entry) {
+    mNodes.forEachEntry(dir.c_str(), [&](const dirent& entry) {
         if (strcmp(entry.d_name, ".") != 0 && strcmp(entry.d_name, "..") != 0) {
             names.emplace_back(entry.d_name);
         }
@@ -83,12 +86,12 @@ std::vector<std::string> Performance::getDevicePath(const std::string& dir) cons
     return names;
 }
 
-std::string Performance::getUfsHpbNodePath(const std::string& name,
-                                           const std::string& feature) const {
+std::string Storage::getUfsHpbNodePath(const std::string& name, const std::string& feature) const {
     char target[kLinkTargetSize] = {};
-    const ssize_t length = readlink(nodePath(kUserdataLink).c_str(), target, sizeof(target));
+    const ssize_t length = readlink(mNodes.path(kUserdataLink).c_str(), target, sizeof(target));
     if (length < 0) {
         const int err = errno;
+        // "cant'" here and below is matched by log readers as it stands.
         ALOGE("cant' find hpb lu, getUfsHpbNodePath, ret=%d, errno=%d", static_cast<int>(length),
               err);
         return "";
@@ -105,13 +108,13 @@ std::string Performance::getUfsHpbNodePath(const std::string& name,
     return path;
 }
 
-std::vector<std::string> Performance::getCustDevicePath(const std::string& name,
-                                                        const std::string& feature) const {
+std::vector<std::string> Storage::getCustDevicePath(const std::string& name,
+                                                    const std::string& feature) {
     int kind;
     {
         // An unknown feature joins the map as kind 0, an HPB node.
-        std::lock_guard<std::mutex> lock(gStorageNodeLock);
-        kind = gStorageNodeMap[feature];
+        std::lock_guard<std::mutex> lock(mLock);
+        kind = mNodeKinds[feature];
     }
     if (kind >= kHpbKinds) return {};
     std::string path = getUfsHpbNodePath(name, feature);
@@ -119,7 +122,7 @@ std::vector<std::string> Performance::getCustDevicePath(const std::string& name,
     return {std::move(path)};
 }
 
-bool Performance::isStorageNode(const std::string& path) const {
+bool Storage::isStorageNode(const std::string& path, bool mayBeMissing) const {
     const std::string root = std::string(kStorageRoot) + "/";
     if (!StartsWith(path, root) || path.find('\0') != std::string::npos ||
         (path + "/").find("/../") != std::string::npos) {
@@ -128,15 +131,25 @@ bool Performance::isStorageNode(const std::string& path) const {
     char sysfs[PATH_MAX];
     char real[PATH_MAX];
     struct stat st;
-    return realpath(nodePath(kStorageRoot).c_str(), sysfs) != nullptr &&
-           realpath(nodePath(path).c_str(), real) != nullptr &&
-           StartsWith(real, std::string(sysfs) + "/") && stat(real, &st) == 0 &&
-           !S_ISDIR(st.st_mode);
+    if (realpath(mNodes.path(kStorageRoot).c_str(), sysfs) == nullptr) return false;
+    const std::string inSysfs = std::string(sysfs) + "/";
+    if (realpath(mNodes.path(path).c_str(), real) != nullptr) {
+        return StartsWith(real, inSysfs) && stat(real, &st) == 0 && !S_ISDIR(st.st_mode);
+    }
+    // Only a name that is not there at all, not a link to somewhere missing, is judged by the
+    // directory it would be in.
+    if (!mayBeMissing || lstat(mNodes.path(path).c_str(), &st) == 0 || errno != ENOENT) {
+        return false;
+    }
+    const std::string parent = path.substr(0, path.rfind('/'));
+    return realpath(mNodes.path(parent).c_str(), real) != nullptr &&
+           StartsWith(std::string(real) + "/", inSysfs) && stat(real, &st) == 0 &&
+           S_ISDIR(st.st_mode);
 }
 
-std::vector<std::string> Performance::findStorageNodes(const std::string& name,
-                                                       const std::string& feature,
-                                                       const std::string& lookupMode) const {
+std::vector<std::string> Storage::findStorageNodes(const std::string& name,
+                                                   const std::string& feature,
+                                                   const std::string& lookupMode) {
     std::vector<std::string> candidates;
     if (lookupMode == kByHpbUnit) {
         candidates = getCustDevicePath(name, feature);
@@ -149,7 +162,9 @@ std::vector<std::string> Performance::findStorageNodes(const std::string& name,
     }
     std::vector<std::string> nodes;
     for (auto& candidate : candidates) {
-        if (isStorageNode(candidate)) nodes.push_back(std::move(candidate));
+        if (isStorageNode(candidate, lookupMode == kByHpbUnit)) {
+            nodes.push_back(std::move(candidate));
+        }
     }
     if (nodes.empty()) {
         const std::string wanted =
@@ -159,35 +174,40 @@ std::vector<std::string> Performance::findStorageNodes(const std::string& name,
     return nodes;
 }
 
-::ndk::ScopedAStatus Performance::readStorageFeature(const std::string& name,
-                                                     const std::string& feature,
-                                                     const std::string& lookupMode,
-                                                     std::string* _aidl_return) {
+std::string Storage::readStorageFeature(const std::string& name, const std::string& feature,
+                                        const std::string& lookupMode) {
     const std::vector<std::string> nodes = findStorageNodes(name, feature, lookupMode);
     std::string text = nodes.empty() ? "-1" : "";
     for (const auto& node : nodes) {
-        if (!forEachLine(node.c_str(), LineOpen::kRead,
-                         [&](std::string_view line) { text.append(line); })) {
+        if (!mNodes.forEachLine(node.c_str(), LineOpen::kRead,
+                                [&](std::string_view line) { text.append(line); })) {
             ALOGE("storage_feature: open %s fail", node.c_str());
             text = "-1";
             break;
         }
     }
-    *_aidl_return = std::move(text);
-    return ::ndk::ScopedAStatus::ok();
+    return text;
 }
 
-::ndk::ScopedAStatus Performance::writeStorageFeature(const std::string& name,
-                                                      const std::string& feature,
-                                                      const std::string& lookupMode,
-                                                      const std::string& value,
-                                                      int32_t* _aidl_return) {
+int32_t Storage::writeStorageFeature(const std::string& name, const std::string& feature,
+                                     const std::string& lookupMode, const std::string& value) {
     const std::vector<std::string> nodes = findStorageNodes(name, feature, lookupMode);
-    *_aidl_return =
-        nodes.empty() ? -1
-                      : valueWrite(nodes.front().c_str(), value, WriteCheck::kNegative, "",
-                                   "Failed to write %s (%d): %s", "storage_feature: open %s fail");
-    return ::ndk::ScopedAStatus::ok();
+    if (nodes.empty()) return -1;
+    return mNodes.valueWrite(
+        nodes.front().c_str(), value, WriteCheck::kNegative, "", LogWriteFailure,
+        [](const char* path, int) { ALOGE("storage_feature: open %s fail", path); });
+}
+
+std::map<std::string, int> Storage::nodeKinds() const {
+    std::lock_guard<std::mutex> lock(mLock);
+    return mNodeKinds;
+}
+
+void Storage::dump(std::string* out) const {
+    *out += "storage nodes:\n";
+    for (const auto& [name, kind] : nodeKinds()) {
+        StringAppendF(out, "  %s: %d\n", name.c_str(), kind);
+    }
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

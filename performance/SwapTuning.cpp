@@ -2,6 +2,8 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "SwapTuning.h"
+
 #include <android-base/file.h>
 #include <android-base/stringprintf.h>
 #include <android-base/unique_fd.h>
@@ -12,8 +14,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -103,45 +103,36 @@ bool isApplicationCgroup(const std::string& cgroup) noexcept {
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::readNandswapProc(const std::string& name,
-                                                   std::string* _aidl_return) {
+std::string SwapTuning::readNandswapProc(const std::string& name) const {
     const std::string_view* known = findName(kNandswapReadable, name);
     if (known == nullptr) {
         ALOGE("nandswap: no such proc %s", name.c_str());
-        *_aidl_return = "null, no such proc";
-        return ::ndk::ScopedAStatus::ok();
+        return "null, no such proc";
     }
     const std::string path = std::string(kNandswapDir).append(*known);
-    *_aidl_return =
-        readWholeNode(path.c_str(), {LineOpen::kRead, "null, open proc fail", OpenFailureLog::kPath,
-                                     ANDROID_LOG_ERROR, "nandswap: open %s fail"});
-    return ::ndk::ScopedAStatus::ok();
+    return mNodes.readWholeNode(path.c_str(), {LineOpen::kRead, "null, open proc fail"},
+                                [](const char* p, int) { ALOGE("nandswap: open %s fail", p); });
 }
 
-::ndk::ScopedAStatus Performance::writeNandswapProc(const std::string& name,
-                                                    const std::string& value,
-                                                    int32_t* _aidl_return) {
+int32_t SwapTuning::writeNandswapProc(const std::string& name, const std::string& value) const {
     const std::string_view* known = findName(kNandswapWritable, name);
     if (known == nullptr) {
         ALOGE("nandswap: no such proc %s", name.c_str());
-        *_aidl_return = -3;
-        return ::ndk::ScopedAStatus::ok();
+        return -3;
     }
     const std::string path = std::string(kNandswapDir).append(*known);
     // Read-write without truncation, as the control files expect; a refused write goes unnoticed.
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_RDWR | O_CLOEXEC));
+    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_RDWR | O_CLOEXEC));
     if (fd < 0) {
         ALOGE("nandswap: open %s fail", path.c_str());
-        *_aidl_return = -22;
-        return ::ndk::ScopedAStatus::ok();
+        return -22;
     }
     const std::string line = value + "\n";
-    (void)TEMP_FAILURE_RETRY(write(fd, line.data(), line.size()));
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    (void)TEMP_FAILURE_RETRY(mNodes.write(fd, line.data(), line.size()));
+    return 0;
 }
 
-std::string Performance::hybridswapGlobalFile(int32_t action) const {
+std::string SwapTuning::hybridswapGlobalFile(int32_t action) const {
     if (action >= 0 && action < kFirstMemcgAction)
         return std::string(kZramDir) + kGlobalActions[action];
     if (action >= kFirstMemcgAction && action < kGlobalActionCount) {
@@ -151,8 +142,8 @@ std::string Performance::hybridswapGlobalFile(int32_t action) const {
     return "";
 }
 
-void Performance::get_memcg_para_file(int32_t action, const std::string& cgroup,
-                                      std::string* path) const {
+void SwapTuning::get_memcg_para_file(int32_t action, const std::string& cgroup,
+                                     std::string* path) const {
     path->clear();
     if (action < 0 || action >= kGroupActionCount) {
         ALOGE("action %d is invalid", action);
@@ -177,8 +168,8 @@ void Performance::get_memcg_para_file(int32_t action, const std::string& cgroup,
     }
 }
 
-void Performance::get_memcg_para_file_dfl(int32_t action, const std::string& cgroup,
-                                          std::string* path) const {
+void SwapTuning::get_memcg_para_file_dfl(int32_t action, const std::string& cgroup,
+                                         std::string* path) const {
     path->clear();
     const char* name = kGroupActions[action];
     if (cgroup == "/") {
@@ -190,17 +181,18 @@ void Performance::get_memcg_para_file_dfl(int32_t action, const std::string& cgr
     }
 }
 
-int Performance::hybridswapWrite(int32_t action, const std::string& path, const std::string& value) {
+int SwapTuning::hybridswapWrite(int32_t action, const std::string& path,
+                                const std::string& value) const {
     if (path.empty()) {
         ALOGE("action %d, can not find file node", action);
         return -1;
     }
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         ALOGE("open file %s failed, %s", path.c_str(), strerror(errno));
         return -1;
     }
-    const ssize_t written = TEMP_FAILURE_RETRY(write(fd, value.data(), value.size()));
+    const ssize_t written = TEMP_FAILURE_RETRY(mNodes.write(fd, value.data(), value.size()));
     if (written != static_cast<ssize_t>(value.size())) {
         ALOGE("write file %s val %s failed, %s", path.c_str(), value.c_str(), strerror(errno));
         return -1;
@@ -208,8 +200,8 @@ int Performance::hybridswapWrite(int32_t action, const std::string& path, const 
     return 0;
 }
 
-std::string Performance::hybridswapRead(int32_t action, const std::string& path,
-                                        const std::string& invalidText) {
+std::string SwapTuning::hybridswapRead(int32_t action, const std::string& path,
+                                       const std::string& invalidText) const {
     // The failure text is printed into the same buffer, so it is bounded alike.
     const std::string bounded = invalidText.substr(0, kParameterBuffer - 1);
     if (path.empty()) {
@@ -217,69 +209,58 @@ std::string Performance::hybridswapRead(int32_t action, const std::string& path,
         return bounded;
     }
     std::string text;
-    if (!readSmallNode(path, &text, kParameterBuffer)) {
+    if (!mNodes.readSmallNode(path, &text, kParameterBuffer)) {
         ALOGE("open file %s failed, %s", path.c_str(), strerror(errno));
         return bounded;
     }
     return text;
 }
 
-::ndk::ScopedAStatus Performance::hybridswap_zram_para_write(int32_t action,
-                                                             const std::string& value,
-                                                             int32_t* _aidl_return) {
+int32_t SwapTuning::hybridswap_zram_para_write(int32_t action, const std::string& value) const {
     if (action > kWatermarkAction) {
         ALOGD("%s:%d\n", "writeMMParameters", action);
-        *_aidl_return = -22;
-    } else if (action == kWatermarkAction) {
+        return -22;
+    }
+    if (action == kWatermarkAction) {
         ALOGD("%s:%d\n", "writeMMParameters", action);
         // The platform's whole-file write, which does not follow a symlink. A failed write
         // answers -1 like every other failed write here.
-        *_aidl_return =
-            android::base::WriteStringToFile(value, nodePath(kWatermarkScaleFactor)) ? 0 : -1;
-    } else if (action >= 0 && action < kGlobalActionCount && (kReadOnlyActions >> action) & 1) {
-        ALOGE("action %d can not be write", action);
-        *_aidl_return = -1;
-    } else {
-        *_aidl_return = hybridswapWrite(action, hybridswapGlobalFile(action), value);
+        return android::base::WriteStringToFile(value, mNodes.path(kWatermarkScaleFactor)) ? 0 : -1;
     }
-    return ::ndk::ScopedAStatus::ok();
+    if (action >= 0 && action < kGlobalActionCount && (kReadOnlyActions >> action) & 1) {
+        // "can not be write" is matched by log readers as it stands.
+        ALOGE("action %d can not be write", action);
+        return -1;
+    }
+    return hybridswapWrite(action, hybridswapGlobalFile(action), value);
 }
 
-::ndk::ScopedAStatus Performance::hybridswap_zram_para_read(int32_t action,
-                                                            std::string* _aidl_return) {
+std::string SwapTuning::hybridswap_zram_para_read(int32_t action) const {
     if (action >= kWatermarkAction) {
-        *_aidl_return = "-ERROR";
         ALOGD("%s:%d\n", "readMMParameters", action);
         std::string content;
         if (action == kWatermarkAction &&
-            android::base::ReadFileToString(nodePath(kWatermarkScaleFactor), &content)) {
-            *_aidl_return = std::move(content);
+            android::base::ReadFileToString(mNodes.path(kWatermarkScaleFactor), &content)) {
+            return content;
         }
-        return ::ndk::ScopedAStatus::ok();
+        return "-ERROR";
     }
-    *_aidl_return = hybridswapRead(action, hybridswapGlobalFile(action),
-                                   StringPrintf("Invalid action %d!!", action));
-    return ::ndk::ScopedAStatus::ok();
+    return hybridswapRead(action, hybridswapGlobalFile(action),
+                          StringPrintf("Invalid action %d!!", action));
 }
 
-::ndk::ScopedAStatus Performance::hybridswap_memcg_para_write(int32_t action,
-                                                              const std::string& cgroup,
-                                                              const std::string& value,
-                                                              int32_t* _aidl_return) {
+int32_t SwapTuning::hybridswap_memcg_para_write(int32_t action, const std::string& cgroup,
+                                                const std::string& value) const {
     std::string path;
     get_memcg_para_file(action, cgroup, &path);
-    *_aidl_return = hybridswapWrite(action, path, value);
-    return ::ndk::ScopedAStatus::ok();
+    return hybridswapWrite(action, path, value);
 }
 
-::ndk::ScopedAStatus Performance::hybridswap_memcg_para_read(int32_t action,
-                                                             const std::string& cgroup,
-                                                             std::string* _aidl_return) {
+std::string SwapTuning::hybridswap_memcg_para_read(int32_t action, const std::string& cgroup) const {
     std::string path;
     get_memcg_para_file(action, cgroup, &path);
-    *_aidl_return = hybridswapRead(
-        action, path, StringPrintf("Invalid action %d memcg %s!!", action, cgroup.c_str()));
-    return ::ndk::ScopedAStatus::ok();
+    return hybridswapRead(action, path,
+                          StringPrintf("Invalid action %d memcg %s!!", action, cgroup.c_str()));
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

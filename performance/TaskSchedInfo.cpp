@@ -1,7 +1,7 @@
 // The kernel's task-scheduling information: its switches, watched tasks, threshold and reports,
 // passed through as text both ways.
 
-#include "Performance.h"
+#include "TaskSchedInfo.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -18,85 +18,77 @@ constexpr char kVersion[] = "/proc/task_info/task_sched_info/version";
 constexpr char kLimitTable[] = "/proc/task_info/task_sched_info/limit_table";
 
 // A node that will not open reads as empty, like an empty one.
-constexpr Performance::WholeNodeRead kSchedInfoRead = {Performance::LineOpen::kReadWrite, ""};
-// A refused write reports itself with the open message.
-constexpr char kSchedInfoWriteFailure[] = "Failed to open %s (%d): %s";
+constexpr WholeNodeRead kSchedInfoRead = {LineOpen::kReadWrite, ""};
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::writeTaskSchedInfo(const std::string& value) {
-    (void)valueWrite(kTaskSchedInfoEnable, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeSchedNode(const char* node, const std::string& value) const {
+    // A refused write reports itself with the open message.
+    (void)mNodes.valueWrite(node, value, WriteCheck::kNegative, "", LogOpenFailure);
 }
 
-::ndk::ScopedAStatus Performance::writePidsSet(const std::string& value) {
-    (void)valueWrite(kPidsSet, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readSchedNode(const char* node) const {
+    return mNodes.readWholeNode(node, kSchedInfoRead);
 }
 
-::ndk::ScopedAStatus Performance::writeSchedInfoThreshold(const std::string& value) {
-    (void)valueWrite(kSchedInfoThreshold, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeTaskSchedInfo(const std::string& value) const {
+    writeSchedNode(kTaskSchedInfoEnable, value);
 }
 
-::ndk::ScopedAStatus Performance::writeTidsSet(const std::string& value) {
-    (void)valueWrite(kTidsSet, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writePidsSet(const std::string& value) const {
+    writeSchedNode(kPidsSet, value);
 }
 
-::ndk::ScopedAStatus Performance::writeDBacktrace(const std::string& value) {
-    (void)valueWrite(kDBacktrace, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeSchedInfoThreshold(const std::string& value) const {
+    writeSchedNode(kSchedInfoThreshold, value);
 }
 
-::ndk::ScopedAStatus Performance::writeIOBacktrace(const std::string& value) {
-    (void)valueWrite(kIOBacktrace, value, WriteCheck::kNegative, "", kSchedInfoWriteFailure);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeTidsSet(const std::string& value) const {
+    writeSchedNode(kTidsSet, value);
 }
 
-::ndk::ScopedAStatus Performance::readTaskSchedInfo(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kTaskSchedInfoEnable, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeDBacktrace(const std::string& value) const {
+    writeSchedNode(kDBacktrace, value);
 }
 
-::ndk::ScopedAStatus Performance::readPidsSet(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kPidsSet, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+void TaskSchedInfo::writeIOBacktrace(const std::string& value) const {
+    writeSchedNode(kIOBacktrace, value);
 }
 
-::ndk::ScopedAStatus Performance::readSchedInfoThreshold(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kSchedInfoThreshold, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readTaskSchedInfo() const {
+    return readSchedNode(kTaskSchedInfoEnable);
 }
 
-::ndk::ScopedAStatus Performance::readTidsSet(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kTidsSet, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readPidsSet() const {
+    return readSchedNode(kPidsSet);
 }
 
-::ndk::ScopedAStatus Performance::readDBacktrace(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kDBacktrace, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readSchedInfoThreshold() const {
+    return readSchedNode(kSchedInfoThreshold);
 }
 
-::ndk::ScopedAStatus Performance::readIOBacktrace(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kIOBacktrace, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readTidsSet() const {
+    return readSchedNode(kTidsSet);
 }
 
-::ndk::ScopedAStatus Performance::readDConvert(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kDConvert, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readDBacktrace() const {
+    return readSchedNode(kDBacktrace);
 }
 
-::ndk::ScopedAStatus Performance::readVersion(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kVersion, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readIOBacktrace() const {
+    return readSchedNode(kIOBacktrace);
 }
 
-::ndk::ScopedAStatus Performance::readLimitTable(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kLimitTable, kSchedInfoRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskSchedInfo::readDConvert() const {
+    return readSchedNode(kDConvert);
+}
+
+std::string TaskSchedInfo::readVersion() const {
+    return readSchedNode(kVersion);
+}
+
+std::string TaskSchedInfo::readLimitTable() const {
+    return readSchedNode(kLimitTable);
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

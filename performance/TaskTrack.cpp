@@ -1,23 +1,25 @@
 // Jank task tracking: the few processes the kernel's jank monitor follows closely, sorted into
-// groups. The service keeps its own record of them (gTaskTrackTable), turns additions, removals
-// and group clears into the commands the task_track node takes, keeps to the kernel's limit of
-// tracked pids, and reads the kernel's per-task reports back.
+// groups. The service keeps its own record of them (the task-track table), turns additions,
+// removals and group clears into the commands the task_track node takes, keeps to the kernel's
+// limit of tracked pids, and reads the kernel's per-task reports back.
 
 #define LOG_TAG "PerformanceService"
 
-#include <android/log.h>
+#include "TaskTrack.h"
+
+#include <android-base/stringprintf.h>
 #include <log/log.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
-
-#include "Performance.h"
-#include "ProcessTables.h"
+#include <functional>
+#include <string_view>
 
 namespace aidl::vendor::vyren::hardware::performance {
+
+using ::android::base::StringAppendF;
 
 namespace {
 
@@ -37,24 +39,9 @@ constexpr std::string_view kSectionStart = "PID: ";
 constexpr std::string_view kIdleLine = "0 0 0 0 0 0 0 0";
 constexpr std::string_view kSleepLine = "0 0 128 0 0 0 0 0";
 
-constexpr Performance::WholeNodeRead kReportRead = {Performance::LineOpen::kReadWrite,
-                                                    kOpenFileError,
-                                                    Performance::OpenFailureLog::kNone,
-                                                    0,
-                                                    nullptr,
-                                                    "Task-data:",
-                                                    ';'};
+constexpr WholeNodeRead kReportRead = {LineOpen::kReadWrite, kOpenFileError, "Task-data:", ';'};
 constexpr char kNoReport[] = "cannot access task track path";
-constexpr Performance::WholeNodeRead kSwitchRead = {
-    Performance::LineOpen::kReadWrite, "", Performance::OpenFailureLog::kPathErrno,
-    ANDROID_LOG_ERROR, "Failed to open %s (%d): %s"};
-
-// Runs f under the task-track lock, which guards every read and change of the table.
-template <typename F>
-auto locked(F f) {
-    std::lock_guard<std::mutex> lock(gTaskTrackLock);
-    return f();
-}
+constexpr WholeNodeRead kSwitchRead = {LineOpen::kReadWrite, ""};
 
 bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
@@ -74,72 +61,9 @@ bool validTask(int32_t group, int32_t pid, bool debug) {
     return false;
 }
 
-// Logs the table: each group's number and pids, then " | ".
-void printTaskInfo() {
-    std::string text;
-    locked([&] {
-        for (const auto& [group, pids] : gTaskTrackTable) {
-            text += std::to_string(static_cast<int32_t>(group));
-            for (const int32_t pid : pids) text.append(" ").append(std::to_string(pid));
-            text += " | ";
-        }
-        ALOGI("Jank task map: %s", text.c_str());
-    });
-}
-
-// The following read or change the table; their callers hold the lock.
-
-size_t trackedCount() {
-    size_t total = 0;
-    for (const auto& entry : gTaskTrackTable) total += entry.second.size();
-    return total;
-}
-
-size_t groupSize(TaskGroup group) {
-    const auto it = gTaskTrackTable.find(group);
-    return it == gTaskTrackTable.end() ? 0 : it->second.size();
-}
-
-bool isTracked(TaskGroup group, int32_t pid) {
-    const auto it = gTaskTrackTable.find(group);
-    return it != gTaskTrackTable.end() &&
-           std::find(it->second.begin(), it->second.end(), pid) != it->second.end();
-}
-
-// Keeps only the pids the kernel still reports, each group in its order.
-void keepOnly(const std::vector<int32_t>& live) {
-    for (auto& entry : gTaskTrackTable) {
-        auto& pids = entry.second;
-        pids.erase(std::remove_if(pids.begin(), pids.end(),
-                                  [&](int32_t pid) {
-                                      return std::find(live.begin(), live.end(), pid) == live.end();
-                                  }),
-                   pids.end());
-    }
-}
-
 void appendRemoval(std::string* command, int32_t pid) {
     if (!command->empty()) command->push_back(' ');
     command->append("-").append(std::to_string(pid));
-}
-
-// The command that adds pid to group. With clear it first removes the group's other pids, and
-// sends only those removals when the pid is in the group already.
-std::string addCommand(TaskGroup group, int32_t pid, bool clear) {
-    const auto it = gTaskTrackTable.find(group);
-    if (!clear || it == gTaskTrackTable.end()) return std::to_string(pid);
-    std::string command;
-    bool present = false;
-    for (const int32_t tracked : it->second) {
-        if (tracked == pid) {
-            present = true;
-        } else {
-            appendRemoval(&command, tracked);
-        }
-    }
-    if (present) return command;
-    if (!command.empty()) command.push_back(' ');
-    return command + std::to_string(pid);
 }
 
 // Tracked pids left once the group's are removed; another thread may have grown the group since
@@ -188,155 +112,246 @@ void logRefusedCommand(const std::string& command) {
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::writeJankTaskTrackEnable(bool enable) {
+// Logs the table: each group's number and pids, then " | ".
+void TaskTrack::printTaskInfo() const {
+    std::string text;
+    std::lock_guard<std::mutex> lock(mLock);
+    for (const auto& [group, pids] : mTable) {
+        text += std::to_string(static_cast<int32_t>(group));
+        for (const int32_t pid : pids) text.append(" ").append(std::to_string(pid));
+        text += " | ";
+    }
+    ALOGI("Jank task map: %s", text.c_str());
+}
+
+size_t TaskTrack::trackedCount() const {
+    size_t total = 0;
+    for (const auto& entry : mTable) total += entry.second.size();
+    return total;
+}
+
+size_t TaskTrack::groupSize(TaskGroup group) const {
+    const auto it = mTable.find(group);
+    return it == mTable.end() ? 0 : it->second.size();
+}
+
+bool TaskTrack::isTracked(TaskGroup group, int32_t pid) const {
+    const auto it = mTable.find(group);
+    return it != mTable.end() &&
+           std::find(it->second.begin(), it->second.end(), pid) != it->second.end();
+}
+
+// Keeps only the pids the kernel still reports, each group in its order.
+void TaskTrack::keepOnly(const std::vector<int32_t>& live) {
+    for (auto& entry : mTable) {
+        auto& pids = entry.second;
+        pids.erase(std::remove_if(pids.begin(), pids.end(),
+                                  [&](int32_t pid) {
+                                      return std::find(live.begin(), live.end(), pid) == live.end();
+                                  }),
+                   pids.end());
+    }
+}
+
+// The command that adds pid to group. With clear it first removes the group's other pids, and
+// sends only those removals when the pid is in the group already.
+std::string TaskTrack::addCommand(TaskGroup group, int32_t pid, bool clear) const {
+    const auto it = mTable.find(group);
+    if (!clear || it == mTable.end()) return std::to_string(pid);
+    std::string command;
+    bool present = false;
+    for (const int32_t tracked : it->second) {
+        if (tracked == pid) {
+            present = true;
+        } else {
+            appendRemoval(&command, tracked);
+        }
+    }
+    if (present) return command;
+    if (!command.empty()) command.push_back(' ');
+    return command + std::to_string(pid);
+}
+
+void TaskTrack::writeJankTaskTrackEnable(bool enable) {
     const char value = enable ? '1' : '0';
-    const int written =
-        writeOnce(kTaskTrackEnable, std::string_view(&value, 1),
-                  enable ? "Failed to enable %s (%d): %s" : "Failed to disable %s (%d): %s");
-    if (written == -2) return ::ndk::ScopedAStatus::ok();
+    const int written = enable ? mNodes.writeOnce(kTaskTrackEnable, std::string_view(&value, 1),
+                                                  NODE_ERROR_LOG("Failed to enable %s (%d): %s"))
+                               : mNodes.writeOnce(kTaskTrackEnable, std::string_view(&value, 1),
+                                                  NODE_ERROR_LOG("Failed to disable %s (%d): %s"));
+    if (written == -2) return;
     if (written >= 0 && enable) {
-        gTaskTrackEnabled = true;
+        mEnabled = true;
     } else if (written >= 0) {
         // Cleared under the lock, with the table, so no add records a pid after the disable.
-        locked([] {
-            gTaskTrackTable.clear();
-            gTaskTrackEnabled = false;
-        });
+        std::lock_guard<std::mutex> lock(mLock);
+        mTable.clear();
+        mEnabled = false;
     }
     if (mDebug) printTaskInfo();
-    return ::ndk::ScopedAStatus::ok();
 }
 
-::ndk::ScopedAStatus Performance::isJankTaskTrackEnable(bool* _aidl_return) {
-    const std::string state = readWholeNode(kTaskTrackEnable, kSwitchRead);
-    *_aidl_return = !state.empty() && state[0] == '1';
-    return ::ndk::ScopedAStatus::ok();
+bool TaskTrack::isJankTaskTrackEnable() const {
+    const std::string state = mNodes.readWholeNode(kTaskTrackEnable, kSwitchRead, LogOpenFailure);
+    return !state.empty() && state[0] == '1';
 }
 
-::ndk::ScopedAStatus Performance::addTaskTrackPid(int32_t group, int32_t pid, bool clear,
-                                                  int32_t* _aidl_return) {
+int32_t TaskTrack::addTaskTrackPid(int32_t group, int32_t pid, bool clear) {
     if (mDebug) {
         ALOGI("jank enter addTaskTrackPid with group:%d pid:%d clear:%d", group, pid, clear ? 1 : 0);
         printTaskInfo();
     }
-    if (!validTask(group, pid, mDebug) || !gTaskTrackEnabled) {
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
-    }
+    if (!validTask(group, pid, mDebug) || !mEnabled) return -1;
     // From here on the caller cannot tell an added pid from a refused one or a failed write.
-    *_aidl_return = 0;
     const auto key = static_cast<TaskGroup>(group);
-    if (!clear && locked([&] { return isTracked(key, pid); })) return ::ndk::ScopedAStatus::ok();
+    if (!clear) {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (isTracked(key, pid)) return 0;
+    }
 
     // The lock is taken and released step by step and not held across the command's write, so
     // two concurrent adds may both pass this limit.
-    const size_t total = locked(trackedCount);
+    size_t total;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        total = trackedCount();
+    }
     const auto remaining = [&] {
-        return clear ? without(total, locked([&] { return groupSize(key); })) : total;
+        if (!clear) return total;
+        std::lock_guard<std::mutex> lock(mLock);
+        return without(total, groupSize(key));
     };
     if (remaining() >= kMaxTracked) {
         // Forget the pids the kernel no longer reports.
-        locked([&] {
+        {
+            std::lock_guard<std::mutex> lock(mLock);
             std::vector<int32_t> live;
-            (void)forEachLine(kTaskTrack, LineOpen::kReadWrite, [&](std::string_view line) {
+            (void)mNodes.forEachLine(kTaskTrack, LineOpen::kReadWrite, [&](std::string_view line) {
                 if (const auto reported = sectionPid(line)) live.push_back(*reported);
             });
             if (!live.empty()) keepOnly(live);
-        });
+        }
         // Without clear the count from before the prune decides: the places it frees go to the
         // next call.
         if (remaining() >= kMaxTracked) {
             ALOGE("Cannot add more task, current size %zu for %d", total, pid);
-            return ::ndk::ScopedAStatus::ok();
+            return 0;
         }
     }
 
-    const std::string command = locked([&] { return addCommand(key, pid, clear); });
-    if (command.empty()) return ::ndk::ScopedAStatus::ok();
-    const int written = writeOnce(kTaskTrack, command, nullptr);
-    if (written == -2) return ::ndk::ScopedAStatus::ok();
+    std::string command;
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        command = addCommand(key, pid, clear);
+    }
+    if (command.empty()) return 0;
+    const int written = mNodes.writeOnce(kTaskTrack, command, nullptr);
+    if (written == -2) return 0;
     if (written < 0) {
         logRefusedCommand(command);
         if (mDebug) printTaskInfo();
-        return ::ndk::ScopedAStatus::ok();
+        return 0;
     }
     if (mDebug) ALOGI("Success add jank task (%s)", command.c_str());
-    locked([&] {
-        auto& pids = gTaskTrackTable[key];
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        auto& pids = mTable[key];
         if (clear) pids.clear();
         pids.push_back(pid);
-    });
+    }
     if (mDebug) printTaskInfo();
-    return ::ndk::ScopedAStatus::ok();
+    return 0;
 }
 
-::ndk::ScopedAStatus Performance::removeTaskTrackPid(int32_t group, int32_t pid) {
+void TaskTrack::removeTaskTrackPid(int32_t group, int32_t pid) {
     ALOGE("jank enter removeTaskTrackPid with group:%d pid:%d", group, pid);
-    if (!validTask(group, pid, mDebug)) return ::ndk::ScopedAStatus::ok();
+    if (!validTask(group, pid, mDebug)) return;
     const auto key = static_cast<TaskGroup>(group);
-    if (!locked([&] { return isTracked(key, pid); })) return ::ndk::ScopedAStatus::ok();
+    {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (!isTracked(key, pid)) return;
+    }
 
     // The kernel takes a removal as "-" and the pid's low byte, not its decimal text.
     const std::string command = {'-', static_cast<char>(pid)};
-    const int written = writeOnce(kTaskTrack, command, nullptr);
-    if (written == -2) return ::ndk::ScopedAStatus::ok();
+    const int written = mNodes.writeOnce(kTaskTrack, command, nullptr);
+    if (written == -2) return;
     if (written < 0) {
         logRefusedCommand(command);
-        return ::ndk::ScopedAStatus::ok();
+        return;
     }
-    locked([&] {
-        const auto it = gTaskTrackTable.find(key);
-        if (it == gTaskTrackTable.end()) return;
-        auto& pids = it->second;
-        pids.erase(std::remove(pids.begin(), pids.end(), pid), pids.end());
-    });
-    return ::ndk::ScopedAStatus::ok();
+    std::lock_guard<std::mutex> lock(mLock);
+    const auto it = mTable.find(key);
+    if (it == mTable.end()) return;
+    auto& pids = it->second;
+    pids.erase(std::remove(pids.begin(), pids.end(), pid), pids.end());
 }
 
-::ndk::ScopedAStatus Performance::clearTaskTrackGroup(int32_t group) {
-    if (!validGroup(group, mDebug)) return ::ndk::ScopedAStatus::ok();
+void TaskTrack::clearTaskTrackGroup(int32_t group) {
+    if (!validGroup(group, mDebug)) return;
     // Held across the write, so the group cannot change between the command and the record.
-    std::lock_guard<std::mutex> lock(gTaskTrackLock);
-    const auto it = gTaskTrackTable.find(static_cast<TaskGroup>(group));
-    if (it == gTaskTrackTable.end() || it->second.empty()) return ::ndk::ScopedAStatus::ok();
+    std::lock_guard<std::mutex> lock(mLock);
+    const auto it = mTable.find(static_cast<TaskGroup>(group));
+    if (it == mTable.end() || it->second.empty()) return;
     std::string command;
     for (const int32_t pid : it->second) appendRemoval(&command, pid);
-    const int written = writeOnce(kTaskTrack, command, nullptr);
-    if (written == -2) return ::ndk::ScopedAStatus::ok();
+    const int written = mNodes.writeOnce(kTaskTrack, command, nullptr);
+    if (written == -2) return;
     if (written < 0) {
         logRefusedCommand(command);
-        return ::ndk::ScopedAStatus::ok();
+        return;
     }
     // The group stays in the table, empty.
     it->second.clear();
     if (mDebug) ALOGI("Success clear jank group (%s)", command.c_str());
-    return ::ndk::ScopedAStatus::ok();
 }
 
-::ndk::ScopedAStatus Performance::readJankTaskTrack(std::string* _aidl_return) {
-    *_aidl_return = readWholeNode(kTaskTrack, kReportRead);
-    return ::ndk::ScopedAStatus::ok();
+std::string TaskTrack::readJankTaskTrack() const {
+    return mNodes.readWholeNode(kTaskTrack, kReportRead);
 }
 
-::ndk::ScopedAStatus Performance::readJankTaskTrackByPid(int32_t pid, std::string* _aidl_return) {
+std::string TaskTrack::readJankTaskTrackByPid(int32_t pid) const {
     std::string report = kReportRead.prefix;
-    if (!forEachLine(kTaskTrack, LineOpen::kReadWrite,
-                     sectionReader({sectionKey(pid)}, true, &report))) {
+    if (!mNodes.forEachLine(kTaskTrack, LineOpen::kReadWrite,
+                            sectionReader({sectionKey(pid)}, true, &report))) {
         report = kNoReport;
     }
-    *_aidl_return = std::move(report);
-    return ::ndk::ScopedAStatus::ok();
+    return report;
 }
 
-::ndk::ScopedAStatus Performance::readUxTaskTrack(int32_t firstPid, int32_t secondPid,
-                                                  std::string* _aidl_return) {
+std::string TaskTrack::readUxTaskTrack(int32_t firstPid, int32_t secondPid) const {
     std::string report = kReportRead.prefix;
-    if (!forEachLine(kTaskTrack, LineOpen::kReadWrite,
-                     sectionReader({sectionKey(firstPid), sectionKey(secondPid)}, false, &report))) {
+    if (!mNodes.forEachLine(
+            kTaskTrack, LineOpen::kReadWrite,
+            sectionReader({sectionKey(firstPid), sectionKey(secondPid)}, false, &report))) {
         report = kNoReport;
     }
-    *_aidl_return = std::move(report);
-    return ::ndk::ScopedAStatus::ok();
+    return report;
+}
+
+std::optional<TaskTrack::Table> TaskTrack::trackedPids() const {
+    // The lock is held across node writes; never wait for it here.
+    if (!mLock.try_lock()) return std::nullopt;
+    std::lock_guard<std::mutex> lock(mLock, std::adopt_lock);
+    return mTable;
+}
+
+void TaskTrack::dump(std::string* out) const {
+    StringAppendF(out, "task tracking: %s\n", mEnabled ? "enabled" : "disabled");
+    const std::optional<Table> table = trackedPids();
+    if (!table) {
+        *out += "task-track table: (busy)\n";
+        return;
+    }
+    if (table->empty()) {
+        *out += "task-track table: (empty)\n";
+        return;
+    }
+    *out += "task-track table:\n";
+    for (const auto& [group, pids] : *table) {
+        StringAppendF(out, "  group %d:", static_cast<int32_t>(group));
+        for (const int32_t pid : pids) StringAppendF(out, " %d", pid);
+        *out += "\n";
+    }
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

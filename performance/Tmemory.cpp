@@ -3,6 +3,8 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "Tmemory.h"
+
 #include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <log/log.h>
@@ -10,8 +12,6 @@
 
 #include <cerrno>
 #include <cstring>
-
-#include "Performance.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 
@@ -21,25 +21,24 @@ constexpr char kTmemoryRoot[] = "/sys/tmemory/";
 
 }  // namespace
 
-bool Performance::findTmemoryPath(std::string& dir) const {
-    // Kept for the life of the process once found; until then every call looks again.
-    static std::mutex lock;
-    static std::string found;
-    std::lock_guard<std::mutex> guard(lock);
-    if (found.empty()) {
-        forEachEntry(kTmemoryRoot, [&](const dirent& entry) {
+bool Tmemory::findTmemoryPath(std::string& dir) {
+    // Kept for the life of the service once found; until then every call looks again.
+    std::lock_guard<std::mutex> guard(mLock);
+    if (mDir.empty()) {
+        std::string found;
+        mNodes.forEachEntry(kTmemoryRoot, [&](const dirent& entry) {
             if (entry.d_type != DT_DIR || entry.d_name[0] == '.') return true;
             found = entry.d_name;
             return false;
         });
         if (found.empty()) return false;
+        mDir = std::move(found);
     }
-    dir = found;
+    dir = mDir;
     return true;
 }
 
-void Performance::writeTmemoryNode(const std::string& node, const char* buf, int count,
-                                   int* result) const {
+void Tmemory::writeTmemoryNode(const std::string& node, const char* buf, int count, int* result) {
     std::string dir;
     if (buf == nullptr) {
         ALOGE("param check error!");
@@ -52,14 +51,15 @@ void Performance::writeTmemoryNode(const std::string& node, const char* buf, int
         return;
     }
     const std::string path = kTmemoryRoot + dir + node;
-    android::base::unique_fd fd(open(nodePath(path).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
+        // The trailing blank is matched by log readers as it stands.
         ALOGE("Failed to open %s (%d): %s ", path.c_str(), err, strerror(err));
         *result = -err;
         return;
     }
-    if (write(fd, buf, count) == count) {
+    if (mNodes.write(fd, buf, count) == count) {
         *result = count;
         return;
     }
@@ -67,69 +67,58 @@ void Performance::writeTmemoryNode(const std::string& node, const char* buf, int
     *result = -1;
 }
 
-int Performance::writeTmemoryText(const char* node, const std::string& text) const {
+int Tmemory::writeTmemoryText(const char* node, const std::string& text) {
     int result = -1;
     writeTmemoryNode(node, text.c_str(), static_cast<int>(text.size()), &result);
     return result;
 }
 
-std::string Performance::readTmemoryNode(const char* node) const {
+std::string Tmemory::readTmemoryNode(const char* node) {
     std::string dir;
     if (!findTmemoryPath(dir)) return "NULL";
     const std::string path = kTmemoryRoot + dir + node;
     const std::string failure = std::string(kOpenFileError) + path;
-    return readWholeNode(path.c_str(), {LineOpen::kRead, failure.c_str()});
+    return mNodes.readWholeNode(path.c_str(), {LineOpen::kRead, failure.c_str()});
 }
 
-::ndk::ScopedAStatus Performance::writeTmemoryMemory(const std::string& value,
-                                                     int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/memory_stat", value);
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemoryMemory(const std::string& value) {
+    return writeTmemoryText("/memory_stat", value);
 }
 
-::ndk::ScopedAStatus Performance::writeTmemorySwitch(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/switch", std::to_string(value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemorySwitch(int32_t value) {
+    return writeTmemoryText("/switch", std::to_string(value));
 }
 
-::ndk::ScopedAStatus Performance::writeTmemoryFlushBusy(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/flush_busy_interval", std::to_string(value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemoryFlushBusy(int32_t value) {
+    return writeTmemoryText("/flush_busy_interval", std::to_string(value));
 }
 
-::ndk::ScopedAStatus Performance::writeTmemoryFlushIdle(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/flush_idle_interval", std::to_string(value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemoryFlushIdle(int32_t value) {
+    return writeTmemoryText("/flush_idle_interval", std::to_string(value));
 }
 
-::ndk::ScopedAStatus Performance::writeTmemoryCapacity(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/capacity", std::to_string(value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemoryCapacity(int32_t value) {
+    return writeTmemoryText("/capacity", std::to_string(value));
 }
 
-::ndk::ScopedAStatus Performance::writeTmemoryHighWaterRatio(int32_t value, int32_t* _aidl_return) {
-    *_aidl_return = writeTmemoryText("/high_watermark_ratio", std::to_string(value));
-    return ::ndk::ScopedAStatus::ok();
+int32_t Tmemory::writeTmemoryHighWaterRatio(int32_t value) {
+    return writeTmemoryText("/high_watermark_ratio", std::to_string(value));
 }
 
-::ndk::ScopedAStatus Performance::readTmemorySysdirtypages(std::string* _aidl_return) {
-    *_aidl_return = readTmemoryNode("/sys_dirty_pages");
-    return ::ndk::ScopedAStatus::ok();
+std::string Tmemory::readTmemorySysdirtypages() {
+    return readTmemoryNode("/sys_dirty_pages");
 }
 
-::ndk::ScopedAStatus Performance::readTmemoryDirtypages(std::string* _aidl_return) {
-    *_aidl_return = readTmemoryNode("/dirty_pages");
-    return ::ndk::ScopedAStatus::ok();
+std::string Tmemory::readTmemoryDirtypages() {
+    return readTmemoryNode("/dirty_pages");
 }
 
-::ndk::ScopedAStatus Performance::readTmemoryErrorStat(std::string* _aidl_return) {
-    *_aidl_return = readTmemoryNode("/error_stat");
-    return ::ndk::ScopedAStatus::ok();
+std::string Tmemory::readTmemoryErrorStat() {
+    return readTmemoryNode("/error_stat");
 }
 
-::ndk::ScopedAStatus Performance::readTmemoryIoLatency(std::string* _aidl_return) {
-    *_aidl_return = readTmemoryNode("/io_latency");
-    return ::ndk::ScopedAStatus::ok();
+std::string Tmemory::readTmemoryIoLatency() {
+    return readTmemoryNode("/io_latency");
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

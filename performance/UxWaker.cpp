@@ -3,24 +3,22 @@
 
 #define LOG_TAG "PerformanceService"
 
+#include "UxWaker.h"
+
 #include <android/binder_ibinder.h>
 #include <log/log.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-
-#include "Performance.h"
-#include "ProcessTables.h"
+#include <vector>
 
 namespace aidl::vendor::vyren::hardware::performance {
 
 namespace {
-
-// Each operation reports a failed write in words of its own.
-constexpr TextWrite kWrite = {WriteOpen::kDescriptor,
-                              "Failed to open %s (%d): %s, Linux version %d.%d.%d", nullptr};
 
 constexpr char kDisableSetting[] = "/proc/vyren_scheduler/sched_assist/disable_setting";
 constexpr char kUxTask[] = "/proc/vyren_scheduler/sched_assist/ux_task";
@@ -35,6 +33,27 @@ constexpr int kWakerReplyBytes = 1024;
 constexpr uid_t kFirstAppUid = 10000;
 constexpr uid_t kLastAppUid = 19999;
 
+// A thread's waker affinity field by field, while nothing is known of it.
+constexpr std::array<int32_t, 7> kNoAffinity = {-1, -1, -1, -1, -1, -1, -1};
+constexpr int32_t ThreadInfo::*kAffinityFields[] = {
+    &ThreadInfo::field1, &ThreadInfo::field2, &ThreadInfo::field3, &ThreadInfo::field4,
+    &ThreadInfo::field5, &ThreadInfo::field6, &ThreadInfo::field7};
+static_assert(std::size(kAffinityFields) == kNoAffinity.size());
+
+ThreadInfo unknownThread() {
+    ThreadInfo info;
+    for (size_t i = 0; i < kNoAffinity.size(); ++i) info.*kAffinityFields[i] = kNoAffinity[i];
+    return info;
+}
+
+// The answer when the kernel gives none: status -1 and one thread of which nothing is known.
+TaskWakeInfo noWakers() {
+    TaskWakeInfo info;
+    info.status = -1;
+    info.threads.push_back(unknownThread());
+    return info;
+}
+
 // The field each token of a waker report line fills, in token order; the third is not used.
 constexpr int32_t ThreadInfo::*kTokenFields[] = {
     &ThreadInfo::field1, &ThreadInfo::field2, nullptr,
@@ -46,7 +65,7 @@ constexpr int32_t ThreadInfo::*kTokenFields[] = {
 ThreadInfo parseWakerLine(const std::string& line) {
     std::vector<std::string> tokens;
     splitString(line.c_str(), ";", &tokens);
-    ThreadInfo info = gWakerDefaultInfo.threads.front();
+    ThreadInfo info = unknownThread();
     for (size_t i = 0; i < std::min(tokens.size(), std::size(kTokenFields)); ++i) {
         if (kTokenFields[i] != nullptr) info.*kTokenFields[i] = atoi(tokens[i].c_str());
     }
@@ -55,26 +74,33 @@ ThreadInfo parseWakerLine(const std::string& line) {
 
 }  // namespace
 
-::ndk::ScopedAStatus Performance::writeUxState(const std::string& value, const std::string& pid,
-                                               const std::string& tid, int32_t* _aidl_return) {
-    if (mKernelMajor >= 6) {
-        int32_t setting = gUxSettingSwitch.load();
-        if (setting == -1) {
-            // Read once per process, unless the kernel itself answers -1.
-            char text[16] = {};
-            setting = readInterface(kDisableSetting, 0, text, kSettingBytes) > 0 ? atoi(text) : 1;
-            gUxSettingSwitch.store(setting);
-        }
-        if (setting != 0) {
-            const uid_t caller = AIBinder_getCallingUid();
-            // Refused without a word, and without a result.
-            if (caller < kFirstAppUid || caller > kLastAppUid) return ::ndk::ScopedAStatus::ok();
-        }
+void UxWaker::logUnsupported() const {
+    const KernelVersion& v = mNodes.version();
+    ALOGE("Linux version not support, Linux version %d.%d.%d", v.major, v.minor, v.patch);
+}
+
+bool UxWaker::callerAllowed() {
+    int32_t setting = mUxSetting.load();
+    if (setting == -1) {
+        // Read once per service, unless the kernel itself answers -1.
+        char text[16] = {};
+        setting = mNodes.readInterface(kDisableSetting, 0, text, kSettingBytes) > 0 ? atoi(text) : 1;
+        mUxSetting.store(setting);
     }
-    const bool shared = usesNewNodeTree();
+    if (setting == 0) return true;
+    const uid_t caller = AIBinder_getCallingUid();
+    return caller >= kFirstAppUid && caller <= kLastAppUid;
+}
+
+int32_t UxWaker::writeUxState(const std::string& value, const std::string& pid,
+                              const std::string& tid) {
+    // Refused without a word, as not permitted.
+    if (mNodes.version().major >= 6 && !callerAllowed()) return -EPERM;
+    const bool shared = mNodes.newTree();
     const std::string target = shared ? kUxTask : "/proc/" + pid + "/task/" + tid + "/ux_state";
     const std::string text = shared ? "p " + tid + " " + value : value;
-    const WriteOutcome outcome = writeText(target.c_str(), text, kWrite);
+    const WriteOutcome outcome = mNodes.writeText(target.c_str(), text, WriteOpen::kDescriptor,
+                                                  mNodes.openFailureOnKernel());
     if (outcome.failed == WriteOutcome::Failed::kWrite) {
         ALOGE("Failed to write pid %s with ux_state %s (%d): %s", tid.c_str(), text.c_str(),
               outcome.err, strerror(outcome.err));
@@ -82,58 +108,58 @@ ThreadInfo parseWakerLine(const std::string& line) {
         ALOGE("writeUxState: write path %s with value %s, tid is %s", target.c_str(), text.c_str(),
               tid.c_str());
     }
-    *_aidl_return = -outcome.err;
-    return ::ndk::ScopedAStatus::ok();
+    return -outcome.err;
 }
 
-::ndk::ScopedAStatus Performance::setWakeSeedThread(const std::string& tid, bool first, bool second,
-                                                    int32_t* _aidl_return) {
+int32_t UxWaker::setWakeSeedThread(const std::string& tid, bool first, bool second) {
     // The kernel reads the second flag first.
     const std::string message = tid + (second ? ";1" : ";0") + (first ? ";1" : ";0");
-    if (!usesNewNodeTree()) {
-        ALOGE("Linux version not support, Linux version %d.%d.%d", mKernelMajor, mKernelMinor,
-              mKernelPatch);
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
+    if (!mNodes.newTree()) {
+        logUnsupported();
+        return -1;
     }
-    // A seed and its read-back are one exchange with the kernel.
-    std::lock_guard<std::mutex> lock(gWakerSeedLock);
-    const WriteOutcome outcome = writeText(kRtInfo, message, kWrite);
+    std::lock_guard<std::mutex> lock(mSeedLock);
+    return exchangeSeed(tid, message);
+}
+
+int32_t UxWaker::exchangeSeed(const std::string& tid, const std::string& message) const {
+    const WriteOutcome outcome =
+        mNodes.writeText(kRtInfo, message, WriteOpen::kDescriptor, mNodes.openFailureOnKernel());
     if (outcome.failed != WriteOutcome::Failed::kNothing) {
         if (outcome.failed == WriteOutcome::Failed::kWrite) {
             ALOGE("Failed to set seed tid %s (%d): %s", tid.c_str(), outcome.err,
                   strerror(outcome.err));
         }
-        *_aidl_return = -outcome.err;
-        return ::ndk::ScopedAStatus::ok();
+        return -outcome.err;
     }
+    // "writen" is matched by log readers as it stands.
     ALOGE("[WAKER_IDENTIFY] pid message %s is writen to proc", message.c_str());
     // The spare byte keeps a full reply terminated.
     char reply[kSeedReplyBytes + 1] = {};
-    *_aidl_return = readInterface(kRtInfo, 0, reply, kSeedReplyBytes) > 0 ? atoi(reply) : -1;
-    return ::ndk::ScopedAStatus::ok();
+    return mNodes.readInterface(kRtInfo, 0, reply, kSeedReplyBytes) > 0 ? atoi(reply) : -1;
 }
 
-::ndk::ScopedAStatus Performance::getWakeThreadsAffinityOrdered(const std::string& handle,
-                                                                int32_t count,
-                                                                TaskWakeInfo* _aidl_return) {
-    *_aidl_return = gWakerDefaultInfo;
-    if (!usesNewNodeTree()) {
-        ALOGE("Linux version not support, Linux version %d.%d.%d", mKernelMajor, mKernelMinor,
-              mKernelPatch);
-        return ::ndk::ScopedAStatus::ok();
+TaskWakeInfo UxWaker::getWakeThreadsAffinityOrdered(const std::string& handle, int32_t count) {
+    if (!mNodes.newTree()) {
+        logUnsupported();
+        return noWakers();
     }
-    // The kernel answers the handle written last, so a query and its answer are one exchange.
-    std::lock_guard<std::mutex> lock(gWakerInfoLock);
-    const WriteOutcome outcome = writeText(kWakerInfo, handle, kWrite);
+    std::lock_guard<std::mutex> lock(mInfoLock);
+    return exchangeWakers(handle, count);
+}
+
+TaskWakeInfo UxWaker::exchangeWakers(const std::string& handle, int32_t count) const {
+    const WriteOutcome outcome =
+        mNodes.writeText(kWakerInfo, handle, WriteOpen::kDescriptor, mNodes.openFailureOnKernel());
     if (outcome.failed == WriteOutcome::Failed::kWrite) {
         ALOGE("Failed to write handle %s", handle.c_str());
     }
-    if (outcome.failed != WriteOutcome::Failed::kNothing) return ::ndk::ScopedAStatus::ok();
+    if (outcome.failed != WriteOutcome::Failed::kNothing) return noWakers();
 
     char reply[kWakerReplyBytes + 1] = {};
-    if (readInterface(kWakerInfo, 0, reply, kWakerReplyBytes) <= 0 || strcmp(reply, "NULL") == 0) {
-        return ::ndk::ScopedAStatus::ok();
+    if (mNodes.readInterface(kWakerInfo, 0, reply, kWakerReplyBytes) <= 0 ||
+        strcmp(reply, "NULL") == 0) {
+        return noWakers();
     }
     std::vector<std::string> lines;
     splitString(reply, "\n", &lines);
@@ -142,8 +168,7 @@ ThreadInfo parseWakerLine(const std::string& line) {
     TaskWakeInfo info;
     info.status = 1;
     for (size_t i = 0; i < wanted; ++i) info.threads.push_back(parseWakerLine(lines[i]));
-    *_aidl_return = std::move(info);
-    return ::ndk::ScopedAStatus::ok();
+    return info;
 }
 
 }  // namespace aidl::vendor::vyren::hardware::performance

@@ -6,6 +6,7 @@ packages=(
     cmake ninja-build g++ python3
     aidl android-libbase-dev android-liblog-dev
     blueprint-tools
+    clang libc++-dev libc++abi-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev
 )
 

@@ -27,6 +27,16 @@ sanitized_build() {
 
 build build
 ctest --test-dir build --output-on-failure --timeout 300 -j"${jobs}"
+# A device's test runner runs a gtest binary as one process: each unit-test binary must pass that
+# way too, in any order. Two seeds, two orders.
+for binary in tests/performance/performance_tests tests/perfctl/perfctl_tests \
+    tests/binder/binder_ndk_test; do
+    for seed in 1 2; do
+        echo "one process, shuffled with seed ${seed}: ${binary}"
+        (cd build && timeout 300 "${binary}" --gtest_shuffle --gtest_random_seed="${seed}" \
+            --gtest_brief=1)
+    done
+done
 
 sanitized_build build-asan address,undefined
 ASAN_OPTIONS=halt_on_error=1:abort_on_error=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \

@@ -40,7 +40,8 @@ bool allowUids(const std::string& list) {
 
 }  // namespace
 
-std::string ApplyHostServiceOptions(int argc, char** argv) {
+aidl::vendor::vyren::hardware::performance::DeviceContext ApplyHostServiceOptions(int argc,
+                                                                                  char** argv) {
     // A device's logcat shows every priority, and most of the service's success messages are
     // DEBUG; a host shows them too unless the libbase convention narrows it.
     if (getenv("ANDROID_LOG_TAGS") != nullptr) {
@@ -77,6 +78,10 @@ std::string ApplyHostServiceOptions(int argc, char** argv) {
               "with a copy of a tree under sim/ (e.g. sim/kernel-5.15). To serve this machine's "
               "real /proc and /sys, pass --root /.");
     }
-    CgroupSetHostNodeRoot(root);
-    return root;
+    aidl::vendor::vyren::hardware::performance::DeviceContext context;
+    context.nodeRoot = root;
+    context.cgroupControllerPath = [root](const std::string& controller, std::string* path) {
+        return HostCgroupControllerPath(root, controller, path);
+    };
+    return context;
 }

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <string>
+#include "DeviceContext.h"
 
-// Host only: applies the daemon's host options and returns the node root to serve.
+// Host only: applies the daemon's host options and returns the device to serve: the node root,
+// with memory cgroup paths answered from its own mounts.
 //   --root DIR            serve the device tree at DIR; "/" serves this machine's own nodes.
 //                         Required: a host daemon never touches real nodes by accident.
 //   --property KEY=VALUE  set a system property before the service object is built
@@ -11,4 +12,5 @@
 //                         device's SELinux policy.
 // Logs every priority unless ANDROID_LOG_TAGS (e.g. "*:i") narrows it.
 // Exits with status 2 and a usage message on anything else.
-std::string ApplyHostServiceOptions(int argc, char** argv);
+aidl::vendor::vyren::hardware::performance::DeviceContext ApplyHostServiceOptions(int argc,
+                                                                                  char** argv);

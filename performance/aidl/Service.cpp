@@ -1,3 +1,4 @@
+// The tag keeps the first version's name: log readers match it as it stands.
 #define LOG_TAG "vendor.vyren.hardware.performance-V1-service"
 
 #include <android-base/logging.h>

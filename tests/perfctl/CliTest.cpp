@@ -18,6 +18,7 @@
 namespace perfctl {
 namespace {
 
+using ::aidl::vendor::vyren::hardware::performance::DeviceContext;
 using ::aidl::vendor::vyren::hardware::performance::IPerformance;
 using ::aidl::vendor::vyren::hardware::performance::Performance;
 using ::aidl::vendor::vyren::hardware::performance::QuilbexVersionRet;
@@ -69,7 +70,7 @@ Case Row(std::vector<std::string> words, int status, std::string out, std::strin
 class CliTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        mService = ::ndk::SharedRefBase::make<TestService>(mRoot.path);
+        mService = ::ndk::SharedRefBase::make<TestService>(DeviceContext{mRoot.path});
         ASSERT_EQ(AServiceManager_addService(mService->asBinder().get(), mInstance.c_str()),
                   EX_NONE);
         // A service of another interface.

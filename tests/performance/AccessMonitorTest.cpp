@@ -10,50 +10,47 @@
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using P = Performance;
-using testing::call;
-
 const std::string kName(150, 'n'), kDir100 = kName.substr(50), kFlag0(8, 0);
 // A record's flag field holding a small flag.
 const auto flag = [](char value) { return value + kFlag0.substr(1); };
-const std::string kPackage = kName.substr(0, 99) + std::string(5, 0);
-const std::string kDir = kName.substr(0, 63) + '\0';
+const std::string kPackage = kName.substr(0, 99) + std::string(5, 0),
+                  kDir = kName.substr(0, 63) + '\0';
 
-struct AcmCase {
-    const char* name;
-    testing::Call op;
-    // The request and argument bytes a driver receives; 0 when the device is not touched.
-    unsigned int code;
-    std::string record;
-    // The result with a driver, with /dev/acm a plain file (every request fails, queries answer
-    // the untouched 0) and with no /dev/acm.
-    const char *withDriver, *plainFile, *absent;
-};
-const AcmCase kCases[] = {
-    {OP(setAcmOpstat, 7), 0x40046100, {"\7\0\0\0", 4}, "-1", "-1", "0"},
-    {OP(getAcmOpstat), 0x40046101, std::string(4, 0), "-3", "0", "0"},
-    {OP(addAcmPkgName, kName, int64_t{5}), 0x40706102, flag(5) + kPackage, "-1", "-1", "1"},
-    {"addAcmPkgName_negativeFlag", call(&P::addAcmPkgName, kName, int64_t{-1}), 0, "", "1", "1",
-     "1"},
-    {OP(delAcmPkgName, kName), 0x40086103, kName, "-1", "-1", "0"},
-    {OP(getAcmPkgFlag, kName), 0x40706104, kFlag0 + kPackage, "-3", "0", "0"},
-    {OP(addAcmDirName, kDir100, int64_t{9}), 0x80486105, flag(9) + kDir, "-1", "-1", "1"},
-    {OP(delAcmDirName, kName), 0x80086106, kName, "-1", "-1", "1"},
-    {OP(getAcmDirFlag, kName), 0x80486107, kFlag0 + kDir, "-3", "0", "0"},
-    {OP(addAcmNomediaDirName, kDir100), 0x80406108, kDir, "-1", "-1", "1"},
-    {OP(delAcmNomediaDirName, kName), 0x80406109, kDir, "-1", "-1", "1"},
-    {OP(searchAcmNomediaDirName, kName), 0x8040610a, kDir, "-1", "-1", "1"},
-};
-
-std::vector<testing::OperationRow> acmRows() {
-    std::vector<testing::OperationRow> rows;
-    for (const auto& c : kCases) {
-        rows.push_back(testing::Row(c.name, c.op, "/dev/acm", "", testing::kUnchanged,
-                                    {c.plainFile, {}}, {c.absent, {}}));
+// A row at /dev/acm answering plainFile with the device a plain file (every request fails, a query
+// answers its record's untouched 0) and absent without it; and the request code and argument bytes
+// a driver receives (code 0: the device is not touched).
+struct AcmCase : testing::OperationRow {
+    AcmCase(std::string name, testing::Call op, const char* plainFile, const char* absent)
+        : OperationRow(testing::row(std::move(name), std::move(op)).at("/dev/acm")) {
+        whenPresent({plainFile, {}}).whenAbsent({absent, {}});
     }
-    return rows;
-}
-INSTANTIATE_OPERATION_ROWS(AccessMonitor, acmRows());
+    AcmCase& sends(unsigned int c, std::string bytes) {
+        return code = c, record = std::move(bytes), *this;
+    }
+    unsigned int code = 0;
+    std::string record;
+};
+
+// clang-format off
+const AcmCase kCases[] = {
+    AcmCase(OP(setAcmOpstat, 7), "-1", "0").sends(0x40046100, {"\7\0\0\0", 4}),
+    AcmCase(OP(getAcmOpstat), "0", "0").sends(0x40046101, std::string(4, 0)),
+    AcmCase(OP(addAcmPkgName, kName, int64_t{5}), "-1", "1").sends(0x40706102, flag(5) + kPackage),
+    AcmCase("addAcmPkgName_negativeFlag", testing::call(&Performance::addAcmPkgName, kName,
+                                                        int64_t{-1}), "1", "1"),
+    AcmCase(OP(delAcmPkgName, kName), "-1", "0").sends(0x40086103, kName),
+    AcmCase(OP(getAcmPkgFlag, kName), "0", "0").sends(0x40706104, kFlag0 + kPackage),
+    AcmCase(OP(addAcmDirName, kDir100, int64_t{9}), "-1", "1").sends(0x80486105, flag(9) + kDir),
+    AcmCase(OP(delAcmDirName, kName), "-1", "1").sends(0x80086106, kName),
+    AcmCase(OP(getAcmDirFlag, kName), "0", "0").sends(0x80486107, kFlag0 + kDir),
+    AcmCase(OP(addAcmNomediaDirName, kDir100), "-1", "1").sends(0x80406108, kDir),
+    AcmCase(OP(delAcmNomediaDirName, kName), "-1", "1").sends(0x80406109, kDir),
+    AcmCase(OP(searchAcmNomediaDirName, kName), "-1", "1").sends(0x8040610a, kDir),
+};
+// clang-format on
+
+INSTANTIATE_OPERATION_ROWS(AccessMonitor, std::vector<testing::OperationRow>(std::begin(kCases),
+                                                                             std::end(kCases)));
 
 // Keeps the last request's code and argument bytes (a bare name's characters) and writes -3 back
 // into the first field of a query's record; the request itself always fails.
@@ -75,16 +72,17 @@ struct FakeAcmDriver : DeviceIo {
     std::pair<unsigned int, std::string> last;
 };
 
-class AccessMonitorTest : public NodeRootTest {};
-
-TEST_F(AccessMonitorTest, RequestsReachTheDriverAsItsRecords) {
+TEST_F(NodeRootTest, AcmRequestsReachTheDriverAsItsRecords) {
     auto driver = std::make_shared<FakeAcmDriver>();
-    auto service = ndk::SharedRefBase::make<Performance>(mRoot, driver);
+    DeviceContext device = context();
+    device.deviceIo = driver;
+    auto service = ndk::SharedRefBase::make<Performance>(device);
     clearLogs();
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.name);
         *driver = {};
-        EXPECT_EQ(c.op(*service), c.withDriver);
+        // The driver writes -3 back into a query's record, where a plain file leaves its 0.
+        EXPECT_EQ(c.call(*service), c.present.result == "0" ? "-3" : c.present.result);
         EXPECT_EQ(driver->last, std::make_pair(c.code, c.record));
         EXPECT_EQ(driver->opened, c.code == 0 ? "" : mRoot + "/dev/acm");
     }

@@ -1,36 +1,35 @@
 // The memory-statistics engine and queries, against a model of the driver and smaps files in the
-// node root.
+// node root or among the canned ones.
 
 #include <android-base/stringprintf.h>
 #include <android/log.h>
 #include <fcntl.h>
 #include <quilbex/proc-memstat.h>
-#include <quilbex/util.h>
 
 #include <filesystem>
 #include <map>
 #include <thread>
-#include <tuple>
 
 #include "NodeRootFixture.h"
-#include "ProcessTables.h"
 
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
 using ::android::base::StringPrintf;
+using namespace std::string_literals;
+using ::vyren::quilbex::memstat::ProcMemStatHelper;
 using MemStat = ::vyren::quilbex::memstat::ProcMemStat;
 
 // The driver: checks request codes and layouts (by byte offset), fills records whose u32 at
 // offset o reads pid * 100 + o, and fails on demand.
 struct Driver : ::vyren::quilbex::util::DeviceIo {
-    static inline std::mutex lock;
-    static inline int interruptions = 0;  // of the next opens and requests
-    static inline int error = 0;          // of every request
-    static inline std::map<uint32_t, uint32_t> uidRecords = {{10123, 3}};
+    std::mutex lock;
+    int interruptions = 0;  // of the next opens and requests
+    int error = 0;          // of every request
+    std::map<uint32_t, uint32_t> uidRecords = {{10123, 3}};
 
     static int Fail(int code) { return errno = code, -1; }
-    static bool Interrupted() { return interruptions > 0 && interruptions--; }
+    bool Interrupted() { return interruptions > 0 && interruptions--; }
     static void Fill(uint8_t* ms, uint32_t pid) {
         snprintf(reinterpret_cast<char*>(ms), 16, "proc-%u", pid);
         ms[16] = pid & 1;
@@ -66,56 +65,56 @@ LogLine Engine(const std::string& text) {
     return {"quilbex", ANDROID_LOG_ERROR, text + "\n"};
 }
 
-class MemoryStatisticsTest : public NodeRootServiceTest {
+class MemoryStatisticsTest : public NodeRootTest {
   protected:
     void SetUp() override {
-        NodeRootServiceTest::SetUp();
-        ::vyren::quilbex::util::SetDeviceIo(std::make_shared<Driver>());
+        NodeRootTest::SetUp();
+        DeviceContext device = context();
+        device.deviceIo = mDriver;
+        mStats = std::make_unique<MemoryStatistics>(device);
         writeNode("/dev/quilbex", "");
     }
     // The result, then each record's name and pid.
     std::string query(bool byPid, const std::vector<int32_t>& ids, int flags) {
-        ProcMemStatRet ret;
-        EXPECT_TRUE((byPid ? mService->readMemoryByPids(ids, flags, &ret)
-                           : mService->readMemoryByUids(ids, flags, &ret))
-                        .isOk());
+        const ProcMemStatRet ret =
+            byPid ? mStats->readMemoryByPids(ids, flags) : mStats->readMemoryByUids(ids, flags);
         std::string text = std::to_string(ret.result);
         for (const auto& s : ret.stats) text += " " + s.name + "/" + std::to_string(s.pid);
         return text;
     }
     std::string version() {
-        QuilbexVersionRet v;
-        EXPECT_TRUE(mService->readQuilbexVersion(&v).isOk());
+        const QuilbexVersionRet v = mStats->readQuilbexVersion();
         return StringPrintf("%d %d.%d", v.result, v.major, v.minor);
     }
+
+    std::shared_ptr<Driver> mDriver = std::make_shared<Driver>();
+    std::unique_ptr<MemoryStatistics> mStats;
 };
 
 TEST_F(MemoryStatisticsTest, EngineRefusesBadArgumentsAndReportsDriverFailures) {
-    // By pid, size or uid: flags, pid, size or uid, the driver's error, and the log (none on
-    // success).
-    const std::tuple<char, unsigned int, int, int, std::string> kCases[] = {
-        {'p', 0, 1, 0, "96 Invalid argument flag 0x0"},
-        {'s', 0x40000, 1, 0, "127 Invalid argument flag 0x40000"},
-        {'u', 0, 1, 0, "167 Invalid argument flag 0x0"},
-        {'s', 1, 0, 0, "132 Invalid size 0x0"},
-        {'s', 1, 401, 0, "132 Invalid size 0x401"},
-        {'s', 1, 1, 0, ""},
-        {'s', 1, 400, 0, ""},
-        {'p', 1, 1, EIO, "112 Failed to ioctl Input/output error"},
-        {'s', 1, 400, EIO, "148 Failed to ioctl Input/output error"},
-        {'u', 1, 0, EIO, "184 Failed to ioctl Input/output error"}};
-    for (const auto& [query, flags, arg, error, log] : kCases) {
-        Driver::error = error;
+    ProcMemStatHelper h(mRoot, mDriver);
+    std::lock_guard<ProcMemStatHelper> lock(h);
+    // Whether a query succeeded, and the lines it logged.
+    using Outcome = std::pair<bool, std::vector<LogLine>>;
+    const auto outcome = [this](bool ok) {
+        Outcome seen(ok, logs());
         clearLogs();
-        auto& h = gMemStatHelper;
-        EXPECT_EQ(query == 'p'   ? MemStat::PidMemStat(h, flags, arg)
-                  : query == 's' ? MemStat::SizeMemStats(h, flags, arg)
-                                 : MemStat::UidSizeMemStats(h, flags, arg),
-                  log.empty())
-            << log;
-        EXPECT_EQ(logs(), log.empty() ? std::vector<LogLine>{}
-                                      : std::vector{Engine("proc-memstat:" + log)});
-    }
+        return seen;
+    };
+    const auto failed = [](std::string l) { return Outcome(false, {Engine("proc-memstat:" + l)}); };
+    EXPECT_EQ(outcome(MemStat::PidMemStat(h, 0, 1)), failed("96 Invalid argument flag 0x0"));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 0x40000, 1)),
+              failed("127 Invalid argument flag 0x40000"));
+    EXPECT_EQ(outcome(MemStat::UidSizeMemStats(h, 0, 1)), failed("167 Invalid argument flag 0x0"));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 1, 0)), failed("132 Invalid size 0x0"));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 1, 401)), failed("132 Invalid size 0x401"));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 1, 1)), Outcome(true, {}));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 1, 400)), Outcome(true, {}));
+    mDriver->error = EIO;
+    const std::string eio = " Failed to ioctl Input/output error";
+    EXPECT_EQ(outcome(MemStat::PidMemStat(h, 1, 1)), failed("112" + eio));
+    EXPECT_EQ(outcome(MemStat::SizeMemStats(h, 1, 400)), failed("148" + eio));
+    EXPECT_EQ(outcome(MemStat::UidSizeMemStats(h, 1, 0)), failed("184" + eio));
 }
 
 TEST_F(MemoryStatisticsTest, MissingDeviceFailsEveryQueryUntilItAppears) {
@@ -127,42 +126,39 @@ TEST_F(MemoryStatisticsTest, MissingDeviceFailsEveryQueryUntilItAppears) {
     EXPECT_EQ(logs(),
               std::vector({noDevice, noDevice, Engine("proc-memstat:173 Helper init failed.")}));
     writeNode("/dev/quilbex", "");
-    Driver::interruptions = 2;
+    mDriver->interruptions = 2;
     EXPECT_EQ(version(), "0 2.14");
     EXPECT_EQ(logs().back(),
               (LogLine{"PerformanceService", ANDROID_LOG_ERROR, "quilbex version 2.14"}));
 }
 
 TEST_F(MemoryStatisticsTest, SmapsWalkAddsPssAndSwapPssInPagesByMapping) {
-    const std::string pss = "Rss: 40 kB\nPss:  10 kB\nPss_Anon: 8 kB\nSwapPss: 4 kB\n";
-    const std::string mainSpace = "Name: [anon:dalvik-main space]\n" + pss;
-    // smaps, flags, and what the walk adds to the total, dalvik-heap and native-malloc pages.
-    const std::tuple<std::string, unsigned int, std::vector<uint32_t>> kCases[] = {
-        {pss, 0x4000, {3, 0, 0}},
-        {mainSpace, 0x10000, {3, 3, 0}},
-        {"Name: [anon:dalvik-alloc space]\n" + pss, 0x10000, {3, 0, 0}},
-        {std::string("Name: [anon:dalvik-alloc space\0]\n", 33) + pss, 0x10000, {3, 3, 0}},
-        {"Name:   [anon:libc_malloc]\n" + pss, 0x18000, {3, 0, 3}},
-        {"Name:   [anon:libc_malloc]\n" + pss, 0x10000, {3, 0, 0}},
-        {mainSpace + "7000-8000 rw-p 0 00:00 0\n" + pss, 0x10000, {6, 3, 0}},
-        {"", 0x4000, {0, 0, 0}}};
-    for (const auto& [smaps, flags, added] : kCases) {
-        writeNode("/proc/580/smaps", smaps);
+    // What the walk of the file adds to the total, dalvik-heap and native-malloc pages.
+    const auto walk = [](const std::string& path, unsigned int flags) {
         ::vyren::quilbex::memstat::proc_ms ms = {};
         ms.smaps_total = 0xffffffff;  // added to, wrapping
         ms.smaps_dalvik_heap = ms.smaps_native_malloc = 7;
-        ASSERT_TRUE(::vyren::quilbex::memstat::iterate_vma(580, flags, &ms));
-        EXPECT_EQ(std::vector<uint32_t>(
-                      {ms.smaps_total + 1, ms.smaps_dalvik_heap - 7, ms.smaps_native_malloc - 7}),
-                  added)
-            << smaps;
-    }
+        EXPECT_TRUE(::vyren::quilbex::memstat::iterate_vma_file(path.c_str(), flags, &ms));
+        return std::vector<uint32_t>(
+            {ms.smaps_total + 1, ms.smaps_dalvik_heap - 7, ms.smaps_native_malloc - 7});
+    };
+    using Pages = std::vector<uint32_t>;
+    const std::string canned = SMAPS_TESTDATA_DIR "/";
+    // Only the first of its two mappings is in the dalvik heap.
+    EXPECT_EQ(walk(canned + "dalvik-heap.smaps", 0x4000), Pages({6, 0, 0}));
+    EXPECT_EQ(walk(canned + "dalvik-heap.smaps", 0x10000), Pages({6, 3, 0}));
+    // The alloc space is in the heap only where its name ends at the space.
+    EXPECT_EQ(walk(canned + "dalvik-alloc-space.smaps", 0x10000), Pages({3, 0, 0}));
+    writeNode("/smaps", "Name: [anon:dalvik-alloc space\0]\nPss: 10 kB\nSwapPss: 4 kB\n"s);
+    EXPECT_EQ(walk(path("/smaps"), 0x10000), Pages({3, 3, 0}));
+    // Its last line has no newline.
+    EXPECT_EQ(walk(canned + "native-malloc.smaps", 0x18000), Pages({3, 0, 3}));
+    EXPECT_EQ(walk(canned + "native-malloc.smaps", 0x10000), Pages({3, 0, 0}));
+    EXPECT_EQ(walk("/dev/null", 0x4000), Pages({0, 0, 0}));
 }
 
 TEST_F(MemoryStatisticsTest, QueriesCopySelectedFieldsAndFailOrStopAsAWhole) {
-    ProcMemStatRet ret;
-    ASSERT_TRUE(mService->readMemoryByPids({580}, 0x23fff, &ret).isOk());
-    const auto& s = ret.stats.at(0);
+    const ProcMemStat s = mStats->readMemoryByPids({580}, 0x23fff).stats.at(0);
     EXPECT_EQ(std::vector<int64_t>({s.flag, s.value18, s.value20, s.value24, s.pid, s.value32,
                                     s.value36, s.value40, s.value44, s.value48, s.value52,
                                     s.smapsTotal, s.reserved, s.smapsDalvikHeap,
@@ -174,20 +170,22 @@ TEST_F(MemoryStatisticsTest, QueriesCopySelectedFieldsAndFailOrStopAsAWhole) {
     EXPECT_EQ(logs().back(),
               Engine("proc-memstat:117 Failed to iterate vma No such file or directory"));
     writeNode("/proc/580/smaps", "Pss: 400 kB\n");
-    EXPECT_EQ(query(true, {580}, 0x4000), "0 /0");
-    EXPECT_EQ(gMemStatHelper.pidRequest()->ms.smaps_total, 58056u + 100);
+    ProcMemStatHelper helper(mRoot, mDriver);
+    std::lock_guard<ProcMemStatHelper> lock(helper);
+    ASSERT_TRUE(MemStat::PidMemStat(helper, 0x4000, 580));
+    EXPECT_EQ(helper.pidRequest()->ms.smaps_total, 58056u + 100);
 
     EXPECT_EQ(query(true, {1, 4000}, 0x2), "1");
     EXPECT_EQ(query(true, {}, 0x20), "0 proc-580/0 proc-581/0 proc-582/0 proc-583/0 proc-584/0");
 
-    Driver::uidRecords = {{1, 300}, {2, 150}, {3, 99}};
+    mDriver->uidRecords = {{1, 300}, {2, 150}, {3, 99}};
     auto records = [&](const std::vector<int32_t>& uids) {
         const std::string text = query(false, uids, 0x2);
         return text[0] == '0' ? std::count(text.begin(), text.end(), ' ') : -1;
     };
     EXPECT_EQ(records({1, 2, 3}), 300);
     EXPECT_EQ(records({1, 3}), 399);
-    Driver::error = EIO;  // no uids, no request
+    mDriver->error = EIO;  // no uids, no request
     EXPECT_EQ(records({}), 0);
 }
 

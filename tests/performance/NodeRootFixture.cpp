@@ -2,7 +2,6 @@
 
 #include <android-base/file.h>
 #include <android/log.h>
-#include <dlfcn.h>
 #include <processgroup_host.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -24,27 +23,14 @@ void captureLog(const struct __android_logger_data* data, const char* message) {
         {data->tag != nullptr ? data->tag : "", data->priority, message != nullptr ? message : ""});
 }
 
-// The inode of the node that takes no bytes; 0 when there is none.
-std::atomic<ino_t> gNodeTakingNoBytes{0};
-
 }  // namespace
 
-}  // namespace aidl::vendor::vyren::hardware::performance
-
-// Every write of this process comes here, so that a node can answer as a kernel node whose store
-// accepts nothing: 0 bytes written and errno left alone. Other writes go on to the next write in
-// line, a sanitizer's check included.
-extern "C" ssize_t write(int fd, const void* buffer, size_t count) {
-    using aidl::vendor::vyren::hardware::performance::gNodeTakingNoBytes;
-    using Write = ssize_t (*)(int, const void*, size_t);
-    static const Write next = reinterpret_cast<Write>(dlsym(RTLD_NEXT, "write"));
+ssize_t FaultyNodeWriter::write(int fd, const void* data, size_t size) const {
     struct stat st;
-    const ino_t inode = gNodeTakingNoBytes.load();
+    const ino_t inode = takesNoBytes.load();
     if (inode != 0 && fstat(fd, &st) == 0 && st.st_ino == inode) return 0;
-    return next(fd, buffer, count);
+    return ::write(fd, data, size);
 }
-
-namespace aidl::vendor::vyren::hardware::performance {
 
 void PrintTo(const LogLine& line, std::ostream* os) {
     *os << "{" << line.tag << ", " << line.priority << ", \"" << line.text << "\"}";
@@ -56,11 +42,19 @@ void NodeRootTest::SetUp() {
     mRoot = templ;
     // Registrations of this test stay in a socket directory of its own.
     setenv("HOST_BINDER_DIR", (mRoot + "-binder").c_str(), 1);
-    CgroupSetHostNodeRoot(mRoot);
     __android_log_set_logger(captureLog);
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     clearLogs();
-    gNodeTakingNoBytes = 0;
+}
+
+DeviceContext NodeRootTest::context() const {
+    DeviceContext context;
+    context.nodeRoot = mRoot;
+    context.cgroupControllerPath = [root = mRoot](const std::string& controller, std::string* p) {
+        return HostCgroupControllerPath(root, controller, p);
+    };
+    context.nodeWriter = mWriter;
+    return context;
 }
 
 void NodeRootTest::TearDown() {
@@ -77,7 +71,7 @@ void NodeRootTest::setKernel(const std::string& release) {
 
 void NodeRootTest::writeNode(const std::string& node, const std::string& content) {
     // A file written here is never the node taking no bytes, even where it reuses that inode.
-    gNodeTakingNoBytes = 0;
+    mWriter->takesNoBytes = 0;
     std::filesystem::create_directories(std::filesystem::path(path(node)).parent_path());
     ASSERT_TRUE(android::base::WriteStringToFile(content, path(node))) << node;
 }
@@ -97,7 +91,7 @@ void NodeRootTest::makeNodeTakingNoBytes(const std::string& node) {
     writeNode(node, "");
     struct stat st;
     ASSERT_EQ(stat(path(node).c_str(), &st), 0) << node;
-    gNodeTakingNoBytes = st.st_ino;
+    mWriter->takesNoBytes = st.st_ino;
 }
 
 std::vector<LogLine> NodeRootTest::logs() const {

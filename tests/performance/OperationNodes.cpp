@@ -48,12 +48,45 @@ void forEachKernel(const std::string& root, const OperationRow& row, Body body) 
 
 }  // namespace
 
-OperationRow testing::switchRow(std::string name, Call call, NodePair node,
-                                const std::string& message, std::string failure, Kernels kernels) {
+OperationRow testing::switchRow(std::string name, Call call, Paths node, const std::string& message,
+                                std::string failure, Kernels kernels) {
     const Outcome done = {"0", {Debug(message)}};
     if (failure.empty()) failure = "Failed to " + message.substr(0, message.find(' ')) + kNoNode;
-    return Row(name, call, node, "stale", message.rfind("disable", 0) == 0 ? "0" : "1", done,
-               {"-1", {Error(failure)}}, done, kernels);
+    return row(name, call)
+        .at(node)
+        .on(kernels)
+        .holding("stale")
+        .leaves(message.rfind("disable", 0) == 0 ? "0" : "1")
+        .whenPresent(done)
+        .whenAbsent({"-1", {Error(failure)}})
+        .whenRefused(done);
+}
+
+LogLine testing::readFailure(const std::string& n) {
+    return Debug("open " + n + " failed! err:No such file or directory, Linux version {version}");
+}
+
+OperationRow testing::reportRow(std::string name, Call call, Paths node, size_t size,
+                                std::vector<LogLine> tried) {
+    // Text in short lines, so that both a cut and a read that stops at a line show.
+    std::string text;
+    for (size_t i = 0; i < size + 100; ++i) text += i % 27 == 26 ? '\n' : char('a' + i % 27);
+    const Outcome present = {text.substr(0, size), tried};
+    tried.push_back(readFailure("{node}"));
+    return row(name, call).at(node).holding(text).whenPresent(present).whenAbsent({"", tried});
+}
+
+OperationRow testing::linesRow(std::string name, Call call, Paths node, Outcome absent) {
+    const std::string lines = std::string(5000, 'x') + "\n\nlast";
+    return row(name, call).at(node).holding(lines).whenPresent({lines + "\n", {}}).whenAbsent(absent);
+}
+
+OperationRow testing::putRow(std::string name, Call call, Paths node) {
+    const Outcome refused = {"-1", {Error("Failed to write {node} (28): No space left on device")}};
+    OperationRow r =
+        row(name, call).at(node).leaves(kPut).whenPresent({"9", {}}).whenRefused(refused);
+    r.whenAbsent({"-2", {Error(std::string("Failed to open") + kNoNode)}});
+    return r.whenTakingNoBytes({"0", {}});
 }
 
 void OperationNodesTest::expectOutcome(Performance& service, const Outcome& expected,

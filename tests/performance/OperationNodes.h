@@ -68,13 +68,23 @@ struct Outcome {
     std::vector<LogLine> logs;
 };
 
+// A row's node on an older and on a newer kernel; the same path twice when the version plays no
+// part.
+struct Paths {
+    Paths(NodePair pair) : older(pair.older), newer(pair.newer) {}
+    Paths(std::string olderPath, std::string newerPath)
+        : older(std::move(olderPath)), newer(std::move(newerPath)) {}
+    std::string older;
+    std::string newer;
+};
+
+// A row is built by naming its parts, starting from its name and call:
+//   row(OP(writeMemMonitor, "cmd")).at(kNode).holding("a").leaves("cmd").whenPresent(...)
 struct OperationRow {
     // Unique within its table; letters, digits and underscores only.
     std::string name;
     Call call;
-    // The node on an older and on a newer kernel; the same path twice when the version plays no
-    // part.
-    NodePair node;
+    Paths node{"", ""};
     Kernels kernels = Kernels::kAll;
     // The node's bytes before the call.
     std::string content;
@@ -86,26 +96,36 @@ struct OperationRow {
     // With the node a symlink to /dev/full, which takes an open and refuses every write.
     std::optional<Outcome> refused;
     // With the node taking none of the bytes written: each write returns 0.
-    std::optional<Outcome> takesNoBytes = std::nullopt;
+    std::optional<Outcome> takesNoBytes;
+
+    OperationRow& at(Paths paths) { return node = std::move(paths), *this; }
+    OperationRow& at(const char* path) { return at({path, path}); }
+    OperationRow& on(Kernels which) { return kernels = which, *this; }
+    OperationRow& holding(std::string bytes) { return content = std::move(bytes), *this; }
+    OperationRow& leaves(std::optional<std::string> bytes) {
+        return written = std::move(bytes), *this;
+    }
+    OperationRow& whenPresent(Outcome outcome) { return present = std::move(outcome), *this; }
+    OperationRow& whenAbsent(Outcome outcome) { return absent = std::move(outcome), *this; }
+    // The same outcome with the node present or absent.
+    OperationRow& always(const Outcome& outcome) {
+        return whenPresent(outcome).whenAbsent(outcome);
+    }
+    OperationRow& whenRefused(Outcome outcome) { return refused = std::move(outcome), *this; }
+    OperationRow& whenTakingNoBytes(Outcome outcome) {
+        return takesNoBytes = std::move(outcome), *this;
+    }
 };
 
-// Rows are built by functions rather than braces, so that a table of them stays compact. This one
-// is for a node chosen by the kernel's tree, on the kernels given.
-inline OperationRow Row(std::string name, Call call, NodePair node, std::string content,
-                        std::optional<std::string> written, Outcome present, Outcome absent,
-                        std::optional<Outcome> refused = {}, Kernels kernels = Kernels::kAll,
-                        std::optional<Outcome> takesNoBytes = {}) {
-    return {name, call, node, kernels, content, written, present, absent, refused, takesNoBytes};
+inline OperationRow row(std::string name, Call call) {
+    OperationRow r;
+    r.name = std::move(name);
+    r.call = std::move(call);
+    return r;
 }
 // A row whose node is the same path on every tree, for the builders that take a pair.
 constexpr NodePair same(const char* node) {
     return {node, node};
-}
-// A row whose node is the same on every kernel.
-inline OperationRow Row(std::string name, Call call, const char* node, std::string content,
-                        std::optional<std::string> written, Outcome present, Outcome absent,
-                        std::optional<Outcome> refused = std::nullopt) {
-    return Row(name, call, same(node), content, written, present, absent, refused);
 }
 // Written for a row whose call leaves its node as it was.
 inline constexpr std::nullopt_t kUnchanged = std::nullopt;
@@ -113,14 +133,31 @@ inline constexpr std::nullopt_t kUnchanged = std::nullopt;
 // the same outcome whether the node is present or not, and the node untouched.
 inline OperationRow unreached(std::string name, Call call, const char* node, Outcome outcome,
                               Kernels kernels = Kernels::kAll) {
-    return Row(name, call, same(node), "0", kUnchanged, outcome, outcome, {}, kernels);
+    return row(std::move(name), std::move(call)).at(node).holding("0").always(outcome).on(kernels);
 }
 
 // A switch: writes 0 for a message that starts with "disable", else 1, and logs the message; a
 // refused write goes unnoticed. Without the node it answers -1 and logs failure, by default
 // "Failed to <the message's first word> {node} (2): No such file or directory".
-OperationRow switchRow(std::string name, Call call, NodePair node, const std::string& message,
+OperationRow switchRow(std::string name, Call call, Paths node, const std::string& message,
                        std::string failure = "", Kernels kernels = Kernels::kAll);
+
+// A node read: the node's text up to its first NUL, cut at size bytes; without the node, "" with
+// its open failure logged. tried are the lines logged for nodes read before it.
+OperationRow reportRow(std::string name, Call call, Paths node, size_t size,
+                       std::vector<LogLine> tried = {});
+// What a node read logs for a node it cannot open.
+LogLine readFailure(const std::string& node);
+
+// A whole-node read of lines longer than a read chunk, a blank line and a last line without its
+// newline: each comes back newline-ended. absent is the outcome without the node. A read of
+// /dev/full never ends, so there is no refusing case.
+OperationRow linesRow(std::string name, Call call, Paths node, Outcome absent = {});
+// A value write of kPut, as it stands, to an empty node: it answers the bytes written, 0 unlogged
+// when the node takes none; without the node -2, and refused -1, with the failed open or write
+// logged.
+inline constexpr char kPut[] = "2041 3120";
+OperationRow putRow(std::string name, Call call, Paths node);
 
 // Names a row in test output instead of dumping its bytes.
 inline void PrintTo(const OperationRow& row, std::ostream* os) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
-// Host only. A host has no vendor cgroup setup of its own, so controller paths are answered from
-// the simulated device's <root>/proc/mounts instead. The entry point and tests set the root.
-void CgroupSetHostNodeRoot(const std::string& root);
+// Host only. A host has no vendor cgroup setup of its own, so a simulated device's controller
+// paths are answered from <root>/proc/mounts. CgroupGetControllerPath is this with the root "/".
+// The host entry point and tests hand it to the service in its device context.
+bool HostCgroupControllerPath(const std::string& root, const std::string& cgroup_name,
+                              std::string* path);

@@ -3,28 +3,11 @@
 #include <processgroup_host.h>
 
 #include <fstream>
-#include <mutex>
 #include <sstream>
 
-namespace {
-
-std::mutex gRootLock;
-std::string gRoot;
-
-std::string hostRoot() {
-    std::lock_guard<std::mutex> lock(gRootLock);
-    return gRoot;
-}
-
-}  // namespace
-
-void CgroupSetHostNodeRoot(const std::string& root) {
-    std::lock_guard<std::mutex> lock(gRootLock);
-    gRoot = root;
-}
-
-bool CgroupGetControllerPath(const std::string& cgroup_name, std::string* path) {
-    std::ifstream mounts(hostRoot() + "/proc/mounts");
+bool HostCgroupControllerPath(const std::string& root, const std::string& cgroup_name,
+                              std::string* path) {
+    std::ifstream mounts(root + "/proc/mounts");
     std::string line;
     while (std::getline(mounts, line)) {
         // <device> <mount point> <type> <options> <dump> <pass>
@@ -38,4 +21,8 @@ bool CgroupGetControllerPath(const std::string& cgroup_name, std::string* path) 
         }
     }
     return false;
+}
+
+bool CgroupGetControllerPath(const std::string& cgroup_name, std::string* path) {
+    return HostCgroupControllerPath("", cgroup_name, path);
 }

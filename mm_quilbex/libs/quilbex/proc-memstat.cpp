@@ -15,7 +15,9 @@
 
 #include "quilbex/util.h"
 
-// Every line names this unit and a fixed place in it, as the device's log readers expect.
+// Every line names this unit and a fixed place in it ("proc-memstat:96 "): the device's log
+// readers match the tag, the prefix and the text as they stand. fmt is a literal, joined to the
+// prefix's.
 #define QUILBEX_LOGE(line, fmt, ...)                                                      \
     __android_log_print(ANDROID_LOG_ERROR, "quilbex", "%s:%d " fmt, "proc-memstat", line, \
                         ##__VA_ARGS__)
@@ -24,7 +26,7 @@ namespace vyren::quilbex::memstat {
 
 namespace {
 
-// Where each query logs its failures.
+// Where each query logs its failures: the fixed places its lines name, as log readers match them.
 struct QueryLines {
     int badFlags;
     int initFailed;
@@ -40,6 +42,7 @@ bool ValidFlags(unsigned int flags, const QueryLines& lines) {
     return false;
 }
 
+bool Init(ProcMemStatHelper& helper, const QueryLines& lines) REQUIRES(helper);
 bool Init(ProcMemStatHelper& helper, const QueryLines& lines) {
     if (helper.Init()) return true;
     QUILBEX_LOGE(lines.initFailed, "Helper init failed.\n");
@@ -47,7 +50,7 @@ bool Init(ProcMemStatHelper& helper, const QueryLines& lines) {
 }
 
 bool Request(ProcMemStatHelper& helper, unsigned long request, void* arg, int line) {
-    if (util::QuilbexIoctl(helper.fd(), request, arg) < 0) {
+    if (helper.device().QuilbexIoctl(helper.fd(), request, arg) < 0) {
         QUILBEX_LOGE(line, "Failed to ioctl %s\n", strerror(errno));
         return false;
     }
@@ -56,12 +59,13 @@ bool Request(ProcMemStatHelper& helper, unsigned long request, void* arg, int li
 
 // Adds the smaps figures to every record a size or uid request returned. A process that has
 // exited since keeps the driver's figures.
+void IterateRecords(ProcMemStatHelper& helper, unsigned int flags) REQUIRES(helper);
 void IterateRecords(ProcMemStatHelper& helper, unsigned int flags) {
     if ((flags & kSmapsFlags) == 0) return;
     proc_ms* const records = helper.records();
     const uint32_t count = helper.recordCount();
     for (uint32_t i = 0; i < count; ++i) {
-        (void)iterate_vma(static_cast<int>(records[i].pid), flags, &records[i]);
+        (void)iterate_vma(helper, static_cast<int>(records[i].pid), flags, &records[i]);
     }
 }
 
@@ -168,7 +172,7 @@ class SmapsWalk {
 }  // namespace
 
 bool ProcMemStatHelper::Init() {
-    fd_ = util::QuilbexFd();
+    fd_ = device_.QuilbexFd();
     if (fd_ == -1) return false;
     if (pidRequest_ == nullptr) {
         pidRequest_.reset(static_cast<uint8_t*>(malloc(sizeof(proc_pid_ms))));
@@ -182,6 +186,7 @@ bool ProcMemStatHelper::Init() {
             static_cast<uint8_t*>(malloc(sizeof(proc_size_ms) + capacity_ * sizeof(proc_ms))));
         if (sizeRequest_ == nullptr) {
             pidRequest_.reset();
+            // "proc_size_msu" is matched by log readers as it stands.
             QUILBEX_LOGE(222, "Failed to malloc proc_size_msu\n");
             return false;
         }
@@ -196,7 +201,7 @@ bool ProcMemStat::PidMemStat(ProcMemStatHelper& helper, unsigned int flags, int 
     request->flags = flags;
     request->pid = pid;
     if (!Request(helper, util::kQuilbexPidRequest, request, kPidLines.ioctlFailed)) return false;
-    if ((flags & kSmapsFlags) && !iterate_vma(pid, flags, &request->ms)) {
+    if ((flags & kSmapsFlags) && !iterate_vma(helper, pid, flags, &request->ms)) {
         // The process is gone; its record stands as the driver wrote it.
         QUILBEX_LOGE(117, "Failed to iterate vma %s\n", strerror(errno));
     }
@@ -229,10 +234,14 @@ bool ProcMemStat::UidSizeMemStats(ProcMemStatHelper& helper, unsigned int flags,
     return true;
 }
 
-bool iterate_vma(int pid, unsigned int flags, proc_ms* ms) {
+bool iterate_vma(const ProcMemStatHelper& helper, int pid, unsigned int flags, proc_ms* ms) {
     char path[PATH_MAX];
-    snprintf(path, sizeof(path), "%s/proc/%d/smaps", util::NodeRoot().c_str(), pid);
-    android::base::unique_fd fd(TEMP_FAILURE_RETRY(open(path, O_RDONLY | O_CLOEXEC)));
+    snprintf(path, sizeof(path), "%s/proc/%d/smaps", helper.device().nodeRoot().c_str(), pid);
+    return iterate_vma_file(path, flags, ms);
+}
+
+bool iterate_vma_file(const char* smapsPath, unsigned int flags, proc_ms* ms) {
+    android::base::unique_fd fd(TEMP_FAILURE_RETRY(open(smapsPath, O_RDONLY | O_CLOEXEC)));
     if (fd < 0) return false;
 
     // One buffer for the whole walk; lines are parsed where they lie. It grows only for a line

@@ -8,11 +8,11 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 
-// Every line names this unit and a fixed place in it, as the device's log readers expect.
+// Every line names this unit and a fixed place in it ("util:26 "): the device's log readers match
+// the tag, the prefix and the text as they stand. fmt is a literal, joined to the prefix's.
 #define QUILBEX_LOGE(line, fmt, ...) \
     __android_log_print(ANDROID_LOG_ERROR, "quilbex", "%s:%d " fmt, "util", line, ##__VA_ARGS__)
 
@@ -28,52 +28,37 @@ class KernelDeviceIo : public DeviceIo {
     }
 };
 
-std::shared_ptr<DeviceIo> gDeviceIo = DeviceIo::kernel();
-std::string gNodeRoot;
-
-// Shared by every binder thread; a thread that loses the race to open keeps the winner's.
-std::atomic<int> gQuilbexFd{-1};
-
 }  // namespace
 
 std::shared_ptr<DeviceIo> DeviceIo::kernel() {
     return std::make_shared<KernelDeviceIo>();
 }
 
-std::shared_ptr<DeviceIo> SetDeviceIo(std::shared_ptr<DeviceIo> io) {
-    gDeviceIo.swap(io);
-    return io;
+QuilbexDevice::~QuilbexDevice() {
+    const int fd = fd_.load();
+    if (fd >= 0) close(fd);
 }
 
-void SetNodeRoot(std::string root) {
-    gNodeRoot = std::move(root);
-}
-
-const std::string& NodeRoot() {
-    return gNodeRoot;
-}
-
-int QuilbexFd() {
-    const int cached = gQuilbexFd.load();
+int QuilbexDevice::QuilbexFd() {
+    const int cached = fd_.load();
     if (cached >= 0) return cached;
 
-    const std::string path = gNodeRoot + kQuilbexDevice;
-    android::base::unique_fd fd(
-        TEMP_FAILURE_RETRY(gDeviceIo->open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+    const std::string path = nodeRoot_ + kQuilbexDevice;
+    android::base::unique_fd fd(TEMP_FAILURE_RETRY(io_->open(path.c_str(), O_RDONLY | O_CLOEXEC)));
     if (fd < 0) {
         QUILBEX_LOGE(26, "Failed to open %s:%s\n", kQuilbexDevice, strerror(errno));
         return -1;
     }
     int expected = -1;
-    if (!gQuilbexFd.compare_exchange_strong(expected, fd.get())) return expected;
+    if (!fd_.compare_exchange_strong(expected, fd.get())) return expected;
     return fd.release();
 }
 
-int QuilbexIoctl(int fd, unsigned long request, void* arg) {
-    return TEMP_FAILURE_RETRY(gDeviceIo->ioctl(fd, request, arg));
+int QuilbexDevice::QuilbexIoctl(int fd, unsigned long request, void* arg) {
+    return TEMP_FAILURE_RETRY(io_->ioctl(fd, request, arg));
 }
 
-bool QuilbexVersion(int& major, int& minor) {
+bool QuilbexDevice::QuilbexVersion(int& major, int& minor) {
     const int fd = QuilbexFd();
     if (fd == -1) return false;
     const int version = QuilbexIoctl(fd, kQuilbexVersionRequest, nullptr);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <android-base/thread_annotations.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
@@ -7,6 +9,9 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <string>
+
+#include "quilbex/util.h"
 
 namespace vyren::quilbex::memstat {
 
@@ -92,45 +97,68 @@ struct FreeDeleter {
     void operator()(void* p) const { free(p); }
 };
 
-// The process-wide state of the memory-statistics device: its descriptor and the two request
-// buffers exchanged with the driver, allocated once on first use and reused by every query.
+// clang's thread-safety analysis checks the helper as a lock of its own. gcc takes no `this` in
+// an attribute, and checks none of them, so there the marks that name it are empty.
+#if defined(__clang__)
+#define QUILBEX_HELD REQUIRES(this)
+#define QUILBEX_GUARDED GUARDED_BY(this)
+#else
+#define QUILBEX_HELD
+#define QUILBEX_GUARDED
+#endif
+
+// The state of the memory-statistics device for its owner: the device and the two request
+// buffers exchanged with the driver, allocated on first use and reused by every query.
 //
 // A query leaves its answer in the buffers until the next one, so a caller holds the helper
 // locked (it is BasicLockable) from the query until it has read the answer.
-class ProcMemStatHelper {
+class CAPABILITY("mutex") ProcMemStatHelper {
   public:
     // Number of records the size request buffer holds.
     static constexpr uint32_t kCapacity = 400;
 
-    ProcMemStatHelper() = default;
+    // The device under nodeRoot, reached through io.
+    ProcMemStatHelper(std::string nodeRoot, std::shared_ptr<util::DeviceIo> io)
+        : device_(std::move(nodeRoot), std::move(io)) {}
     ProcMemStatHelper(const ProcMemStatHelper&) = delete;
     ProcMemStatHelper& operator=(const ProcMemStatHelper&) = delete;
 
-    void lock() { mutex_.lock(); }
-    void unlock() { mutex_.unlock(); }
+    // The analysis sees the helper itself as the lock; the mutex inside is how it is held.
+    void lock() ACQUIRE() NO_THREAD_SAFETY_ANALYSIS { mutex_.lock(); }
+    void unlock() RELEASE() NO_THREAD_SAFETY_ANALYSIS { mutex_.unlock(); }
 
     // Fetches the device descriptor and allocates the buffers on first use.
-    bool Init();
+    bool Init() QUILBEX_HELD;
 
+    // The device needs no lock: its descriptor is shared by every query.
+    util::QuilbexDevice& device() { return device_; }
+    const util::QuilbexDevice& device() const { return device_; }
+
+    // What the service's dump shows; read without the lock.
     int fd() const { return fd_; }
     uint32_t capacity() const { return capacity_; }
     bool hasBuffers() const { return allocated_; }
 
     // The request buffers; valid after a successful Init.
-    proc_pid_ms* pidRequest() { return reinterpret_cast<proc_pid_ms*>(pidRequest_.get()); }
-    proc_size_ms* sizeRequest() { return reinterpret_cast<proc_size_ms*>(sizeRequest_.get()); }
-    proc_ms* records() {
+    proc_pid_ms* pidRequest() QUILBEX_HELD {
+        return reinterpret_cast<proc_pid_ms*>(pidRequest_.get());
+    }
+    proc_size_ms* sizeRequest() QUILBEX_HELD {
+        return reinterpret_cast<proc_size_ms*>(sizeRequest_.get());
+    }
+    proc_ms* records() QUILBEX_HELD {
         return reinterpret_cast<proc_ms*>(sizeRequest_.get() + sizeof(proc_size_ms));
     }
     // The number of records the last size or uid request returned, bounded by the buffer.
-    uint32_t recordCount() { return std::min(sizeRequest()->count, capacity_); }
+    uint32_t recordCount() QUILBEX_HELD { return std::min(sizeRequest()->count, capacity_); }
 
   private:
+    util::QuilbexDevice device_;
     std::mutex mutex_;
     std::atomic<int> fd_{-1};
     std::atomic<bool> allocated_{false};
-    std::unique_ptr<uint8_t, FreeDeleter> pidRequest_;
-    std::unique_ptr<uint8_t, FreeDeleter> sizeRequest_;
+    std::unique_ptr<uint8_t, FreeDeleter> pidRequest_ QUILBEX_GUARDED;
+    std::unique_ptr<uint8_t, FreeDeleter> sizeRequest_ QUILBEX_GUARDED;
     const uint32_t capacity_ = kCapacity;
 };
 
@@ -139,14 +167,21 @@ class ProcMemStatHelper {
 // uid in the size request. Bits 14 to 16 of flags add the smaps figures to what the driver wrote.
 class ProcMemStat {
   public:
-    static bool PidMemStat(ProcMemStatHelper& helper, unsigned int flags, int pid);
-    static bool SizeMemStats(ProcMemStatHelper& helper, unsigned int flags, unsigned long size);
-    static bool UidSizeMemStats(ProcMemStatHelper& helper, unsigned int flags, unsigned int uid);
+    static bool PidMemStat(ProcMemStatHelper& helper, unsigned int flags, int pid) REQUIRES(helper);
+    static bool SizeMemStats(ProcMemStatHelper& helper, unsigned int flags, unsigned long size)
+        REQUIRES(helper);
+    static bool UidSizeMemStats(ProcMemStatHelper& helper, unsigned int flags, unsigned int uid)
+        REQUIRES(helper);
 };
 
-// Walks /proc/<pid>/smaps and adds its Pss and SwapPss, in pages, to the smaps fields of ms:
-// always to the total, and to the dalvik-heap or native-malloc field as flags ask. False when the
-// process's smaps cannot be opened.
-bool iterate_vma(int pid, unsigned int flags, proc_ms* ms);
+// Walks the smaps file at smapsPath and adds its Pss and SwapPss, in pages, to the smaps fields
+// of ms: always to the total, and to the dalvik-heap or native-malloc field as flags ask. False,
+// with errno from the open, when the file cannot be opened.
+bool iterate_vma_file(const char* smapsPath, unsigned int flags, proc_ms* ms);
+// The same for /proc/<pid>/smaps under the helper's node root.
+bool iterate_vma(const ProcMemStatHelper& helper, int pid, unsigned int flags, proc_ms* ms);
+
+#undef QUILBEX_HELD
+#undef QUILBEX_GUARDED
 
 }  // namespace vyren::quilbex::memstat

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -27,22 +28,36 @@ class DeviceIo {
 
     static std::shared_ptr<DeviceIo> kernel();
 };
-// Replaces the engine's device I/O and returns the one in use before. Call it before any query.
-std::shared_ptr<DeviceIo> SetDeviceIo(std::shared_ptr<DeviceIo> io);
 
-// Where the kernel's nodes are found: empty on a device, a simulated device tree on a host.
-// Set once, before any query, and fixed afterwards.
-void SetNodeRoot(std::string root);
-const std::string& NodeRoot();
+// The memory-statistics device as its owner reaches it: under a node root (empty on a device, a
+// simulated device tree on a host) and through a DeviceIo, both fixed at construction. Shared by
+// every thread of its owner.
+class QuilbexDevice {
+  public:
+    QuilbexDevice(std::string nodeRoot, std::shared_ptr<DeviceIo> io)
+        : nodeRoot_(std::move(nodeRoot)), io_(std::move(io)) {}
+    QuilbexDevice(const QuilbexDevice&) = delete;
+    QuilbexDevice& operator=(const QuilbexDevice&) = delete;
+    // Closes the descriptor it kept.
+    ~QuilbexDevice();
 
-// The device descriptor, opened on first use and kept for the life of the process; -1 when the
-// device cannot be opened, in which case the next call tries again.
-int QuilbexFd();
+    const std::string& nodeRoot() const { return nodeRoot_; }
 
-// Issues request on the device, again as long as a signal interrupts it.
-int QuilbexIoctl(int fd, unsigned long request, void* arg);
+    // The device descriptor, opened on first use and kept for the life of this object; -1 when
+    // the device cannot be opened, in which case the next call tries again.
+    int QuilbexFd();
 
-// The driver's version; false when the device cannot be opened or asked.
-bool QuilbexVersion(int& major, int& minor);
+    // Issues request on the device, again as long as a signal interrupts it.
+    int QuilbexIoctl(int fd, unsigned long request, void* arg);
+
+    // The driver's version; false when the device cannot be opened or asked.
+    bool QuilbexVersion(int& major, int& minor);
+
+  private:
+    const std::string nodeRoot_;
+    const std::shared_ptr<DeviceIo> io_;
+    // A thread that loses the race to open keeps the winner's descriptor and closes its own.
+    std::atomic<int> fd_{-1};
+};
 
 }  // namespace vyren::quilbex::util

@@ -1,4 +1,4 @@
-// The node-access helpers the service exposes, each driven by a table of nodes: missing, refusing,
+// The node layer's read conventions, each driven by a table of nodes: missing, refusing,
 // empty, NUL-holding, overlong and failing part way.
 
 #include <android-base/unique_fd.h>
@@ -82,12 +82,12 @@ TEST_P(ReadInterfaceTest, ReturnsBytesAndLogsAsTheNodeAllows) {
         munmap(reinterpret_cast<void*>(kHole), page);
         makeLink(kNode, "/proc/self/mem");
     }
-    auto service = quietService("5.15.78");
+    const KernelNodes nodes = this->nodes();
     std::string buffer(c.size, '\x7f');
-    EXPECT_EQ(service->readInterface(kNode, c.offset, buffer.data(), c.size), c.result);
+    EXPECT_EQ(nodes.readInterface(kNode, c.offset, buffer.data(), c.size), c.result);
     EXPECT_EQ(buffer.substr(0, std::max(c.result, 0)), c.bytes);
     EXPECT_EQ(logs(), c.debugLog.empty() ? std::vector<LogLine>{} : std::vector{Debug(c.debugLog)});
-    EXPECT_EQ(service->readInterface(kNode, 0, nullptr, 8), -1);
+    EXPECT_EQ(nodes.readInterface(kNode, 0, nullptr, 8), -1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Nodes, ReadInterfaceTest, ::testing::ValuesIn(kReads),
@@ -102,12 +102,12 @@ TEST_F(ReadFileToStringTTest, ReadsOnceAndCutsAt1023Bytes) {
         {"/proc/nul", std::string("ab\0cd", 5), "ab", true},
         {"/proc/absent", std::nullopt, "", false},
     };
-    auto service = makeService("5.15.78");
+    const KernelNodes nodes = this->nodes();
     for (const auto& [node, content, expected, read] : cases) {
         if (content) writeNode(node, *content);
         std::string out = "stale";
         clearLogs();
-        EXPECT_EQ(service->ReadFileToStringT(node, &out), read) << node;
+        EXPECT_EQ(nodes.ReadFileToStringT(node, &out), read) << node;
         EXPECT_EQ(out, expected) << node;
         EXPECT_EQ(logs(), read ? std::vector<LogLine>{}
                                : std::vector{testing::Info("get fd of ReadFileToStringT failed!")});
