@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """Generates the host NDK stubs of an AIDL package with the host's older `aidl`.
 
-The host compiler (Android 10) predates three things the interface relies on:
+The host compiler (Android 10) predates several things the interface relies on:
   * the @VintfStability annotation, which is stripped from a scratch copy;
   * enums, whose headers are generated here from their .aidl files;
   * getInterfaceHash, which is added to every generated interface, answering the
     frozen hash of the version being built, as the device's generated code does;
   * a bounded parcelable size: its readFromParcel tests the size before the status of the read
     that sets it, and adds a size that can be as large as INT32_MAX to the start position. The
-    status is now tested first, and a size reaching past INT32_MAX is refused.
+    status is now tested first, and a size reaching past INT32_MAX is refused;
+  * results that start at their type's default: its onTransact declares each `_aidl_return`
+    uninitialised, so a method that succeeds without setting it would send stack contents. Each
+    is now value-initialised.
 
 Usage: aidl_host.py --src DIR --version N [--hash-file FILE] --out DIR
 Without a hash file no interface gets getInterfaceHash.
@@ -33,6 +36,8 @@ BACKING_TYPES = {"byte": "int8_t", "int": "int32_t", "long": "int64_t"}
 # leaves them uninitialised.
 SCALAR_FIELD = re.compile(r"^(  (?:int8_t|int32_t|int64_t|float|double|char16_t|bool) \w+);$", re.M)
 SCALAR_DEFAULTS = {"bool": "false", "char16_t": "'\\0'"}
+# A result declared in onTransact, before the method fills it in.
+RESULT_DECL = re.compile(r"^(\s+\S[^;=]*) _aidl_return;$", re.M)
 
 
 def aidl_files(src):
@@ -181,6 +186,16 @@ BOUNDED_SIZE_READ = """  _aidl_ret_status = AParcel_readInt32(parcel, &_aidl_par
 """
 
 
+def default_results(path):
+    with open(path) as f:
+        text = f.read()
+    text, count = RESULT_DECL.subn(r"\1 _aidl_return{};", text)
+    if count == 0:
+        sys.exit("aidl_host: no results declared in %s" % path)
+    with open(path, "w") as f:
+        f.write(text)
+
+
 def add_interface_hash(out, hdr, package, iface, frozen_hash):
     base = iface[1:] if iface.startswith("I") else iface
     bp, bn = "Bp" + base, "Bn" + base
@@ -273,6 +288,7 @@ def main():
             if iface:
                 if frozen_hash:
                     add_interface_hash(src_out, hdr_out, package, iface, frozen_hash)
+                default_results(os.path.join(src_out, rel, name + ".cpp"))
             else:
                 default_scalar_fields(os.path.join(hdr_out, "aidl", rel, name + ".h"))
                 patch(os.path.join(src_out, rel, name + ".cpp"), SIZE_READ, BOUNDED_SIZE_READ, 1)

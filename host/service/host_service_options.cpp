@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host_logger.h"
+
 namespace {
 
 [[noreturn]] void usage(const char* program, const char* problem) {
@@ -49,6 +51,9 @@ aidl::vendor::vyren::hardware::performance::DeviceContext ApplyHostServiceOption
     } else {
         __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     }
+    // Every line of a message gets its own header, as in logcat, so logged caller text cannot
+    // forge lines.
+    __android_log_set_logger(host_logger::StderrLogger);
 
     std::string root;
     bool haveRoot = false;

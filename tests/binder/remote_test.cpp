@@ -11,9 +11,11 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -24,6 +26,7 @@
 #include <chrono>
 #include <cstring>
 #include <future>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -151,17 +154,29 @@ class RemoteTest : public testing::Test {
     }
 
     void TearDown() override {
+        for (pid_t child : mChildren) kill(child, SIGKILL);
+        for (pid_t child : mChildren) waitpid(child, nullptr, 0);
         while (!mServers.empty()) stopServer(mServers.back());
         unsetenv("HOST_BINDER_DIR");
     }
 
-    // Starts a server, waits until it answers and returns a proxy for it.
-    std::shared_ptr<IToy> serve(int threads = 4, std::string allowedUid = "") {
+    // Starts a server, logging into logPath when given, waits until it answers and returns a
+    // proxy for it.
+    std::shared_ptr<IToy> serve(int threads = 4, std::string allowedUids = "",
+                                const char* logPath = nullptr) {
         std::string threadArg = std::to_string(threads), name = kName;
         char* argv[] = {const_cast<char*>(TOY_SERVER_PATH), name.data(), threadArg.data(),
-                        allowedUid.empty() ? nullptr : allowedUid.data(), nullptr};
+                        allowedUids.empty() ? nullptr : allowedUids.data(), nullptr};
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        if (logPath != nullptr) {
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, logPath, O_WRONLY | O_APPEND,
+                                             0);
+        }
         pid_t pid = -1;
-        if (posix_spawn(&pid, TOY_SERVER_PATH, nullptr, nullptr, argv, environ) != 0) return {};
+        const int spawned = posix_spawn(&pid, TOY_SERVER_PATH, &actions, nullptr, argv, environ);
+        posix_spawn_file_actions_destroy(&actions);
+        if (spawned != 0) return {};
         mServers.push_back(pid);
         return ndk::SpAIBinder(AServiceManager_waitForService(kName.c_str())).get() ? connect()
                                                                                     : nullptr;
@@ -203,9 +218,23 @@ class RemoteTest : public testing::Test {
         EXPECT_TRUE(n == 0 || (n < 0 && errno == ECONNRESET)) << n;
     }
 
+    // Runs body in a child process of uid, killed at the end of the test.
+    template <typename Body>
+    pid_t runChildAs(uid_t uid, Body body) {
+        mChildren.push_back(runChild([uid, body] {
+            if (setgroups(0, nullptr) != 0 || setresgid(uid, uid, uid) != 0 ||
+                setresuid(uid, uid, uid) != 0) {
+                return 10;
+            }
+            return body();
+        }));
+        return mChildren.back();
+    }
+
     TemporaryDir mTemporary;
     const std::string mDir = mTemporary.path;
     std::vector<pid_t> mServers;
+    std::vector<pid_t> mChildren;
 };
 
 TEST_F(RemoteTest, CallsDumpsAndLargeFramesRoundTripThroughAProxyThatOutlivesTheServer) {
@@ -421,28 +450,114 @@ TEST_F(RemoteTest, RequestLeftUnfinishedIsClosedByTheServer) {
     EXPECT_EQ(0, read(stalled.get(), &byte, 1)) << strerror(errno);
 }
 
-TEST_F(RemoteTest, DumpsIntoFullPipesGiveUpAndServingGoesOn) {
+TEST_F(RemoteTest, ConcurrentDumpsIntoFullPipesHoldNoThreadAndGiveUpOnReadersThatNeverRead) {
     std::shared_ptr<IToy> toy = serve(4);
     ASSERT_NE(nullptr, toy);
-    // As many dumps as the server runs transactions at once, into full pipes nobody reads.
-    std::vector<unique_fd> pipeEnds(8);
+    // More dumps than the server has threads (four and the joined one), each more than a pipe
+    // holds: each fills its pipe and waits for its reader.
+    const std::string arg(100 << 10, 'd'), whole = "toy " + arg + "\n";
+    const char* args[] = {arg.c_str()};
+    std::vector<unique_fd> readEnds(5), writeEnds(5);
     std::vector<std::future<binder_status_t>> dumps;
-    for (size_t i = 0; i < pipeEnds.size(); i += 2) {
-        ASSERT_TRUE(android::base::Pipe(&pipeEnds[i], &pipeEnds[i + 1], O_NONBLOCK));
-        const int fd = pipeEnds[i + 1].get();
-        while (write(fd, "full", 4) > 0) continue;
-        fcntl(fd, F_SETFL, 0);
-        dumps.push_back(
-            std::async(std::launch::async, [&toy, fd] { return toy->dump(fd, nullptr, 0); }));
+    for (size_t i = 0; i < readEnds.size(); ++i) {
+        ASSERT_TRUE(android::base::Pipe(&readEnds[i], &writeEnds[i]));
+        fcntl(readEnds[i].get(), F_SETFL, O_NONBLOCK);
+        dumps.push_back(std::async(std::launch::async, [&toy, &args, fd = writeEnds[i].get()] {
+            return toy->dump(fd, args, 1);
+        }));
     }
-    EXPECT_TRUE(finishes([] { EXPECT_TRUE(echoes("meanwhile")); }));
-    for (auto& dump : dumps) {
-        if (dump.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
-            ADD_FAILURE() << "a dump into a full pipe never gave up";
-            return stopServer(mServers.back());  // releases the dump calls
+    int queued = 0;
+    for (const unique_fd& fd : readEnds) {
+        ASSERT_TRUE(eventually([&] { return ioctl(fd.get(), FIONREAD, &queued) == 0 && queued; }));
+    }
+    EXPECT_TRUE(echoes("meanwhile"));
+    for (auto& dump : dumps)
+        EXPECT_NE(std::future_status::ready, dump.wait_for(std::chrono::seconds(0)));
+    // All readers but the last read their dumps whole; the last never reads.
+    for (size_t i = 0; i + 1 < dumps.size(); ++i) {
+        std::string text(whole.size(), '\0');
+        size_t got = 0;
+        eventually([&] {
+            for (ssize_t n; (n = read(readEnds[i].get(), &text[got], text.size() - got)) > 0;) {
+                got += n;
+            }
+            return got == text.size();
+        });
+        EXPECT_TRUE(text == whole) << i;
+        EXPECT_EQ(STATUS_OK, dumps[i].get()) << i;
+    }
+    EXPECT_EQ(STATUS_TIMED_OUT, dumps.back().get());
+}
+
+// Calls of uids other than root and the server's own cannot fill its connection caps.
+TEST_F(RemoteTest, ConcurrentHalfSentCallsOfFourUidsLeaveRootItsCalls) {
+    if (geteuid() != 0) GTEST_SKIP() << "calling as four other uids needs root";
+    ASSERT_NE(nullptr, serve(4, "10001-10004"));
+    // Each uid holds as many half-sent calls as a uid may, and replaces each one closed.
+    const Bytes half = frame(FIRST_CALL_TRANSACTION, Bytes(10), 0, 100);
+    unique_fd readyIn, readyOut;
+    ASSERT_TRUE(android::base::Pipe(&readyIn, &readyOut, O_NONBLOCK));
+    for (uid_t uid = 10001; uid <= 10004; ++uid) {
+        runChildAs(uid, [&] {
+            std::vector<unique_fd> calls(64);
+            for (bool told = false;; told = true) {
+                std::vector<pollfd> open;
+                for (unique_fd& fd : calls) {
+                    if (!fd.ok() && (fd = rawConnect(socketPath())).ok()) {
+                        send(fd.get(), half.data(), half.size(), MSG_NOSIGNAL);
+                    }
+                    open.push_back({fd.get(), POLLIN, 0});
+                }
+                if (!told) (void)!write(readyOut.get(), "x", 1);
+                poll(open.data(), open.size(), 100);
+                for (size_t i = 0; i < calls.size(); ++i) {
+                    if (open[i].revents != 0) calls[i].reset();
+                }
+            }
+            return 0;
+        });
+    }
+    int ready = 0;
+    ASSERT_TRUE(eventually([&] {
+        char told[4];
+        return (ready += std::max<ssize_t>(0, read(readyIn.get(), told, 4))) == 4;
+    }));
+    auto through = std::make_shared<std::atomic<int>>(0);
+    EXPECT_TRUE(finishes([through] {
+        for (int i = 0; i < 50; ++i) *through += echoes("root " + std::to_string(i));
+    }));
+    EXPECT_EQ(50, through->load());
+}
+
+TEST_F(RemoteTest, RefusedUidConnectingInALoopIsLoggedAsACount) {
+    if (geteuid() != 0) GTEST_SKIP() << "connecting as another uid needs root";
+    TemporaryFile log;
+    ASSERT_NE(nullptr, serve(4, "10123", log.path));
+    constexpr int kConnections = 1000;
+    const pid_t child = runChildAs(10124, [this] {
+        for (int i = 0; i < kConnections; ++i) {
+            unique_fd fd = rawConnect(socketPath());
+            char byte;
+            if (!fd.ok() || read(fd.get(), &byte, 1) != 0) return 11;  // closed unread
         }
-        EXPECT_EQ(STATUS_TIMED_OUT, dump.get());
-    }
+        return 0;
+    });
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "10: setuid, 11: connect";
+    const std::regex refusal("refused (a|\\d+) connections? from uid 10124");
+    int lines = 0, counted = 0;
+    EXPECT_TRUE(eventually([&] {
+        std::string text;
+        android::base::ReadFileToString(log.path, &text);
+        lines = counted = 0;
+        for (std::smatch m; std::regex_search(text, m, refusal); text = m.suffix()) {
+            ++lines;
+            counted += m[1] == "a" ? 1 : std::stoi(m[1]);
+        }
+        return counted == kConnections;
+    })) << counted;
+    EXPECT_LE(lines, 4);
 }
 
 TEST_F(RemoteTest, RegistrationTakesAFreeNameOrAStaleSocketOnlyAndWaitsForTheLock) {

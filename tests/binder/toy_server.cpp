@@ -1,7 +1,7 @@
 /*
  * Serves the toy interface from its own process for the cross-process binder tests.
  *
- * usage: binder_toy_server <instance> <max threads> [<uid allowed to call>]
+ * usage: binder_toy_server <instance> <max threads> [<uid or first-last uids allowed to call>]
  * Exits with status 2 when the name cannot be registered.
  */
 #include <android/binder_manager.h>
@@ -14,7 +14,11 @@
 
 int main(int argc, char** argv) {
     if (argc != 3 && argc != 4) return 1;
-    if (argc == 4) host_binder::allowCallerUids(atoi(argv[3]), atoi(argv[3]));
+    if (argc == 4) {
+        char* last = nullptr;
+        const auto first = static_cast<uid_t>(strtoul(argv[3], &last, 10));
+        host_binder::allowCallerUids(first, *last == '-' ? strtoul(last + 1, nullptr, 10) : first);
+    }
     ABinderProcess_setThreadPoolMaxThreadCount(static_cast<uint32_t>(atoi(argv[2])));
     ABinderProcess_startThreadPool();
     auto service = ndk::SharedRefBase::make<toy::ToyService>();

@@ -12,15 +12,26 @@
  * at once as far as the peer takes it; the rest waits in the connection for room. A slow,
  * silent or non-reading client therefore holds neither a thread nor a transaction slot.
  *
+ * A dump's text is written into memory first and copied to the caller's descriptor the same way,
+ * as far as it takes it now, the rest whenever it polls writable, until a deadline: a dump waits
+ * for its reader in the connection, not on a thread.
+ *
  * The timer closes connections that stay idle, or take too long to deliver a request or to take
  * a reply, and resumes accepting after the process ran out of descriptors. Connections are
- * capped per uid and in all; a newcomer over a cap displaces the longest idle connection in its
- * way, whose client simply reconnects.
+ * capped per uid and in all, and the uids other than root and the daemon's own never get the last
+ * of them, so the uids that administer the daemon always get in. A newcomer over a cap displaces
+ * the oldest idle or half-sent connection of the uid holding the most in its way, whose client
+ * simply reconnects.
+ *
+ * Refusals are logged at most once per uid and kind every few seconds, with how many there were,
+ * so that a refused caller cannot flood the log.
  */
 #include "server.h"
 
 #include <android-base/logging.h>
 #include <errno.h>
+#include <limits.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/epoll.h>
 #include <sys/mman.h>
@@ -61,6 +72,13 @@ constexpr auto kIdleTimeout = std::chrono::seconds(60);
 constexpr auto kTick = std::chrono::milliseconds(250);
 constexpr size_t kMaxConnections = 256;
 constexpr size_t kMaxConnectionsPerUid = 64;
+// Kept for root and the daemon's own uid: the other uids together never hold more than the rest.
+constexpr size_t kReservedConnections = 64;
+constexpr size_t kMaxOtherConnections = kMaxConnections - kReservedConnections;
+// Refusals of a uid are reported at most this often.
+constexpr auto kRefusalReportInterval = std::chrono::seconds(5);
+// Uids with refusals tracked at once; refusals of any further uid are counted together.
+constexpr size_t kMaxRefusedUids = 256;
 // A request's buffer grows by this much at a time, as its bytes arrive.
 constexpr size_t kReadChunk = 64 * 1024;
 
@@ -74,6 +92,79 @@ CallerPolicy& callerPolicy() {
     return *policy;
 }
 
+// Root and the daemon's own uid: the uids that administer the daemon.
+bool privilegedUid(uid_t uid) {
+    return uid == 0 || uid == geteuid();
+}
+
+// Logs refusals of one kind, at most once per uid every kRefusalReportInterval: the first at once,
+// later ones as a count when the interval is over.
+class RefusalLog {
+  public:
+    // As in "refused a connection" and "refused 3 connections".
+    RefusalLog(const char* one, const char* many) : mOne(one), mMany(many) {}
+
+    void refused(uid_t uid, Clock::time_point now) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        if (mUids.size() >= kMaxRefusedUids && mUids.count(uid) == 0) uid = kOtherUids;
+        auto [it, first] = mUids.try_emplace(uid);
+        if (first) {
+            it->second.reported = now;
+            report(uid, 1, false);
+        } else {
+            ++it->second.unreported;
+            reportDueLocked(it->first, &it->second, now);
+        }
+    }
+
+    // Reports the counts whose interval is over and forgets uids with nothing left to report.
+    void flush(Clock::time_point now) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        for (auto it = mUids.begin(); it != mUids.end();) {
+            if (now - it->second.reported < kRefusalReportInterval) {
+                ++it;
+            } else if (it->second.unreported == 0) {
+                it = mUids.erase(it);
+            } else {
+                reportDueLocked(it->first, &it->second, now);
+                ++it;
+            }
+        }
+    }
+
+  private:
+    // Stands for every uid beyond kMaxRefusedUids.
+    static constexpr uid_t kOtherUids = static_cast<uid_t>(-1);
+
+    struct Refusals {
+        Clock::time_point reported;
+        uint64_t unreported = 0;
+    };
+
+    void reportDueLocked(uid_t uid, Refusals* refusals, Clock::time_point now) {
+        if (now - refusals->reported < kRefusalReportInterval) return;
+        report(uid, refusals->unreported, true);
+        refusals->reported = now;
+        refusals->unreported = 0;
+    }
+
+    void report(uid_t uid, uint64_t count, bool since) const {
+        std::string who = uid == kOtherUids ? "other uids" : "uid " + std::to_string(uid);
+        if (count == 1) {
+            LOG(WARNING) << "binder: refused " << mOne << " from " << who
+                         << (since ? " since the last report" : "");
+        } else {
+            LOG(WARNING) << "binder: refused " << count << " " << mMany << " from " << who
+                         << " since the last report";
+        }
+    }
+
+    const char* const mOne;
+    const char* const mMany;
+    std::mutex mMutex;
+    std::map<uid_t, Refusals> mUids;
+};
+
 struct Source {
     enum class Kind { kListener, kConnection, kTimer };
 
@@ -86,7 +177,8 @@ struct Source {
     bool busy = false;    // a thread owns the source
     bool paused = false;  // a listener waiting for descriptors to free up
     Clock::time_point resumeAt;
-    uid_t peerUid = 0;  // at connect time, for the caps
+    uid_t peerUid = 0;        // at connect time, for the caps
+    bool privileged = false;  // peerUid is root or the daemon's own
     Clock::time_point lastActive;
     // Written by the owning thread, read under the mutex while nobody owns the source.
     bool midFrame = false;
@@ -107,6 +199,17 @@ struct Source {
     bool sending = false;
     bool closeWhenSent = false;
     Clock::time_point sendDeadline;
+
+    // A dump's text on its way to the caller's descriptor, which polls writable when it has room;
+    // the reply follows once it is all there. Touched like the reply above; `dumping` shares its
+    // deadline.
+    bool dumping = false;
+    bool dumpOutArmed = false;  // dumpOut is in the epoll set, under this source's id
+    bool dumpOneway = false;
+    unique_fd dumpOut;
+    unique_fd dumpText;
+    off_t dumpCopied = 0;
+    binder_status_t dumpStatus = STATUS_OK;
 };
 
 class Server {
@@ -175,8 +278,11 @@ class Server {
     bool rearmLocked(Source* source);
     // Takes a connection out of the tables; the caller closes it outside the lock.
     std::unique_ptr<Source> eraseLocked(uint64_t id);
-    // The connection of uid (of anyone when null) that has waited longest for a request.
-    Source* oldestIdleLocked(const uid_t* uid);
+    // The connection to close to make room for another: among the uids that pass `among`, the
+    // one holding the most connections gives up its oldest idle or half-sent one. Null when no
+    // such connection can be closed.
+    template <typename Among>
+    Source* victimLocked(Among among);
     // Makes room for one more connection of uid, or says there is none.
     bool makeRoomLocked(uid_t uid, std::vector<std::unique_ptr<Source>>* evicted);
 
@@ -192,6 +298,10 @@ class Server {
     bool sendUnsent(Source* connection);
     binder_status_t transact(Source* connection, AParcel* reply);
     binder_status_t dump(Source* connection, const AParcel* in);
+    // Copies what the caller's descriptor takes now of a dump, and replies once all is there or
+    // the copy failed; false to close.
+    bool copyDump(Source* connection);
+    bool finishDump(Source* connection, binder_status_t status);
 
     unique_fd mEpoll;
 
@@ -199,12 +309,18 @@ class Server {
     std::unordered_map<uint64_t, std::unique_ptr<Source>> mSources;
     std::map<uid_t, size_t> mConnectionsPerUid;
     size_t mConnections = 0;
+    size_t mOtherConnections = 0;  // of uids other than root and the daemon's own
     uint64_t mNextId = 1;
 
     std::mutex mGateMutex;
     std::condition_variable mGateChanged;
     uint32_t mRunning = 0;
     uint32_t mMaxRunning = 1;
+
+    RefusalLog mRefusedConnections{"a connection", "connections"};
+    RefusalLog mRefusedCalls{"a call", "calls"};
+    RefusalLog mConnectionsOverCaps{"a connection over the connection caps",
+                                    "connections over the connection caps"};
 };
 
 Server& server() {
@@ -239,8 +355,18 @@ Source* Server::claim(uint64_t id) {
 
 bool Server::rearmLocked(Source* source) {
     epoll_event event = {};
-    event.events = (source->sending ? EPOLLOUT : EPOLLIN) | EPOLLONESHOT;
+    event.events = (source->sending || source->dumping ? EPOLLOUT : EPOLLIN) | EPOLLONESHOT;
     event.data.u64 = source->id;
+    if (source->dumping) {
+        // The connection itself stays disarmed until the dump's reply is due.
+        const int op = source->dumpOutArmed ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+        if (epoll_ctl(mEpoll.get(), op, source->dumpOut.get(), &event) != 0) {
+            PLOG(ERROR) << "binder: epoll_ctl for a dump";
+            return false;
+        }
+        source->dumpOutArmed = true;
+        return true;
+    }
     if (epoll_ctl(mEpoll.get(), EPOLL_CTL_MOD, source->fd.get(), &event) != 0) {
         PLOG(ERROR) << "binder: epoll_ctl mod";
         return false;
@@ -270,8 +396,13 @@ std::unique_ptr<Source> Server::eraseLocked(uint64_t id) {
     if (it == mSources.end()) return nullptr;
     std::unique_ptr<Source> owned = std::move(it->second);
     mSources.erase(it);
+    if (owned->dumpOutArmed) {
+        // The caller shares the dump's descriptor, so closing ours would not take it out.
+        epoll_ctl(mEpoll.get(), EPOLL_CTL_DEL, owned->dumpOut.get(), nullptr);
+    }
     if (owned->kind == Source::Kind::kConnection) {
         --mConnections;
+        if (!owned->privileged) --mOtherConnections;
         auto count = mConnectionsPerUid.find(owned->peerUid);
         if (--count->second == 0) mConnectionsPerUid.erase(count);
     }
@@ -279,30 +410,44 @@ std::unique_ptr<Source> Server::eraseLocked(uint64_t id) {
     return owned;
 }
 
-Source* Server::oldestIdleLocked(const uid_t* uid) {
-    Source* oldest = nullptr;
+template <typename Among>
+Source* Server::victimLocked(Among among) {
+    Source* victim = nullptr;
+    size_t victimHolds = 0;
     for (const auto& [id, source] : mSources) {
-        if (source->kind != Source::Kind::kConnection || source->busy || source->midFrame ||
-            source->sending) {
+        // A connection running a call, or owing a reply or a dump, is left alone.
+        if (source->kind != Source::Kind::kConnection || source->busy || source->sending ||
+            source->dumping || !among(*source)) {
             continue;
         }
-        if (uid != nullptr && source->peerUid != *uid) continue;
-        if (oldest == nullptr || source->lastActive < oldest->lastActive) oldest = source.get();
+        const size_t holds = mConnectionsPerUid.find(source->peerUid)->second;
+        if (victim == nullptr || holds > victimHolds ||
+            (holds == victimHolds && source->lastActive < victim->lastActive)) {
+            victim = source.get();
+            victimHolds = holds;
+        }
     }
-    return oldest;
+    return victim;
 }
 
 bool Server::makeRoomLocked(uid_t uid, std::vector<std::unique_ptr<Source>>* evicted) {
+    auto evict = [&](Source* victim) {
+        if (victim == nullptr) return false;
+        evicted->push_back(eraseLocked(victim->id));
+        return true;
+    };
     auto count = mConnectionsPerUid.find(uid);
-    if (count != mConnectionsPerUid.end() && count->second >= kMaxConnectionsPerUid) {
-        Source* victim = oldestIdleLocked(&uid);
-        if (victim == nullptr) return false;
-        evicted->push_back(eraseLocked(victim->id));
+    if (count != mConnectionsPerUid.end() && count->second >= kMaxConnectionsPerUid &&
+        !evict(victimLocked([uid](const Source& s) { return s.peerUid == uid; }))) {
+        return false;
     }
-    if (mConnections >= kMaxConnections) {
-        Source* victim = oldestIdleLocked(nullptr);
-        if (victim == nullptr) return false;
-        evicted->push_back(eraseLocked(victim->id));
+    if (!privilegedUid(uid) && mOtherConnections >= kMaxOtherConnections &&
+        !evict(victimLocked([](const Source& s) { return !s.privileged; }))) {
+        return false;
+    }
+    if (mConnections >= kMaxConnections &&
+        !evict(victimLocked([](const Source&) { return true; }))) {
+        return false;
     }
     return true;
 }
@@ -342,23 +487,42 @@ void Server::serve() {
 void Server::housekeeping(Source* timer) {
     uint64_t expirations;
     (void)!read(timer->fd.get(), &expirations, sizeof(expirations));
-    std::vector<std::unique_ptr<Source>> closing;
     const Clock::time_point now = Clock::now();
-    std::lock_guard<std::mutex> lock(mMutex);
-    std::vector<uint64_t> expired;
-    for (const auto& [id, source] : mSources) {
-        if (source->busy) continue;
-        if (source->kind == Source::Kind::kConnection) {
-            const bool late = source->sending    ? now > source->sendDeadline
-                              : source->midFrame ? now - source->frameStarted > kFrameTimeout
-                                                 : now - source->lastActive > kIdleTimeout;
-            if (late) expired.push_back(id);
-        } else if (source->paused && now >= source->resumeAt) {
-            source->paused = false;
-            if (!rearmLocked(source.get())) expired.push_back(id);
+    mRefusedConnections.flush(now);
+    mRefusedCalls.flush(now);
+    mConnectionsOverCaps.flush(now);
+    // Dumps whose readers took too long; this thread owns them until they have replied.
+    std::vector<Source*> lateDumps;
+    {
+        std::vector<std::unique_ptr<Source>> closing;
+        std::lock_guard<std::mutex> lock(mMutex);
+        std::vector<uint64_t> expired;
+        for (const auto& [id, source] : mSources) {
+            if (source->busy) continue;
+            if (source->kind == Source::Kind::kConnection && source->dumping) {
+                if (now > source->sendDeadline) {
+                    source->busy = true;
+                    lateDumps.push_back(source.get());
+                }
+            } else if (source->kind == Source::Kind::kConnection) {
+                const bool late = source->sending    ? now > source->sendDeadline
+                                  : source->midFrame ? now - source->frameStarted > kFrameTimeout
+                                                     : now - source->lastActive > kIdleTimeout;
+                if (late) expired.push_back(id);
+            } else if (source->paused && now >= source->resumeAt) {
+                source->paused = false;
+                if (!rearmLocked(source.get())) expired.push_back(id);
+            }
+        }
+        for (uint64_t id : expired) closing.push_back(eraseLocked(id));
+    }
+    for (Source* connection : lateDumps) {
+        if (finishDump(connection, STATUS_TIMED_OUT)) {
+            giveBack(connection);
+        } else {
+            remove(connection);
         }
     }
-    for (uint64_t id : expired) closing.push_back(eraseLocked(id));
 }
 
 void Server::acceptConnections(Source* listener) {
@@ -367,15 +531,16 @@ void Server::acceptConnections(Source* listener) {
         if (!fd.ok()) {
             if (errno == EINTR || errno == ECONNABORTED) continue;
             if (errno == EMFILE || errno == ENFILE) {
-                // Out of descriptors: an idle connection gives its own up, else the listener
-                // waits for some to free up instead of spinning on a backlog it cannot take.
+                // Out of descriptors: the uid holding the most connections gives an idle or
+                // half-sent one up, else the listener waits for some to free up instead of
+                // spinning on a backlog it cannot take.
                 PLOG(WARNING) << "binder: cannot accept";
                 std::unique_ptr<Source> victim;
                 {
                     std::lock_guard<std::mutex> lock(mMutex);
-                    Source* idle = oldestIdleLocked(nullptr);
-                    if (idle != nullptr) {
-                        victim = eraseLocked(idle->id);
+                    Source* spare = victimLocked([](const Source&) { return true; });
+                    if (spare != nullptr) {
+                        victim = eraseLocked(spare->id);
                     } else {
                         listener->paused = true;
                         listener->resumeAt = Clock::now() + kTick;
@@ -392,7 +557,7 @@ void Server::acceptConnections(Source* listener) {
             continue;
         }
         if (!callerAllowed(cred.uid)) {
-            LOG(WARNING) << "binder: refusing a connection from uid " << cred.uid;
+            mRefusedConnections.refused(cred.uid, Clock::now());
             continue;
         }
         // Every request then comes with its sender's credentials.
@@ -406,22 +571,29 @@ void Server::acceptConnections(Source* listener) {
         source->fd = std::move(fd);
         source->binder = listener->binder;
         source->peerUid = cred.uid;
+        source->privileged = privilegedUid(cred.uid);
         source->lastActive = Clock::now();
         std::vector<std::unique_ptr<Source>> evicted;
+        bool admitted;
         {
             std::lock_guard<std::mutex> lock(mMutex);
-            if (!makeRoomLocked(cred.uid, &evicted)) {
-                LOG(WARNING) << "binder: too many connections, refusing one from uid " << cred.uid;
-                continue;
+            admitted = makeRoomLocked(cred.uid, &evicted);
+            if (admitted) {
+                ++mConnections;
+                if (!source->privileged) ++mOtherConnections;
+                ++mConnectionsPerUid[cred.uid];
             }
-            ++mConnections;
-            ++mConnectionsPerUid[cred.uid];
+        }
+        if (!admitted) {
+            mConnectionsOverCaps.refused(cred.uid, Clock::now());
+            continue;
         }
         add(std::move(source));
     }
 }
 
 bool Server::serviceConnection(Source* connection) {
+    if (connection->dumping) return copyDump(connection);
     if (connection->sending) return sendUnsent(connection);
     switch (readFrame(connection)) {
         case Progress::kWait:
@@ -512,8 +684,7 @@ Server::Progress Server::readFrame(Source* c) {
                 // The payload cannot be skipped safely; say why and drop the connection.
                 const FrameHeader error = {kReplyMagic, static_cast<uint32_t>(STATUS_BAD_VALUE), 0,
                                            0};
-                sendFrame(c->fd.get(), error, nullptr, 0, -1, Clock::now() + kReplyTimeout);
-                return Progress::kClose;
+                return sendReply(c, error, nullptr, 0, true) ? Progress::kWait : Progress::kClose;
             }
         } else {
             c->payloadRead += static_cast<size_t>(n);
@@ -527,10 +698,12 @@ bool Server::runFrame(Source* connection) {
     ndk::ScopedAParcel reply(AParcel_create());
     const bool allowed = callerAllowed(connection->sender.uid);
     if (!allowed) {
-        LOG(WARNING) << "binder: refusing a call from uid " << connection->sender.uid;
+        mRefusedCalls.refused(connection->sender.uid, Clock::now());
         status = STATUS_PERMISSION_DENIED;
     } else {
         status = transact(connection, reply.get());
+        // A dump replies once its text has reached the caller.
+        if (connection->dumping) return copyDump(connection);
     }
     if ((connection->header.flags & FLAG_ONEWAY) != 0) return allowed;
 
@@ -614,7 +787,7 @@ binder_status_t Server::transact(Source* connection, AParcel* reply) {
 binder_status_t Server::dump(Source* connection, const AParcel* in) {
     if (!connection->passedFd.ok()) return STATUS_BAD_VALUE;
     const uid_t uid = connection->sender.uid;
-    if (uid != 0 && uid != geteuid()) return STATUS_PERMISSION_DENIED;
+    if (!privilegedUid(uid)) return STATUS_PERMISSION_DENIED;
     std::vector<std::string> args;
     binder_status_t status = readDumpArgs(in, &args);
     if (status != STATUS_OK) return status;
@@ -622,7 +795,7 @@ binder_status_t Server::dump(Source* connection, const AParcel* in) {
     for (const std::string& arg : args) argv.push_back(arg.c_str());
 
     // The service writes into memory, at its own pace; the caller's descriptor then gets the
-    // text with a deadline, so a reader that never reads holds no transaction slot.
+    // text as it takes it, so a reader that never reads holds neither a slot nor a thread.
     unique_fd text(memfd_create("binder-dump", MFD_CLOEXEC));
     if (!text.ok()) return STATUS_NO_MEMORY;
     {
@@ -631,19 +804,47 @@ binder_status_t Server::dump(Source* connection, const AParcel* in) {
         status = AIBinder_dump(connection->binder.get(), text.get(), argv.data(),
                                static_cast<uint32_t>(argv.size()));
     }
-    if (lseek(text.get(), 0, SEEK_SET) != 0) return STATUS_UNKNOWN_ERROR;
-    const Clock::time_point deadline = Clock::now() + kReplyTimeout;
-    uint8_t buffer[16 * 1024];
+    connection->dumping = true;
+    connection->dumpOneway = (connection->header.flags & FLAG_ONEWAY) != 0;
+    connection->dumpOut = std::move(connection->passedFd);
+    connection->dumpText = std::move(text);
+    connection->dumpCopied = 0;
+    connection->dumpStatus = status;
+    connection->sendDeadline = Clock::now() + kReplyTimeout;
+    return STATUS_OK;
+}
+
+bool Server::copyDump(Source* c) {
     for (;;) {
-        const ssize_t count = TEMP_FAILURE_RETRY(read(text.get(), buffer, sizeof(buffer)));
-        if (count < 0) return STATUS_UNKNOWN_ERROR;
-        if (count == 0) return status;
-        if (!writeWithDeadline(connection->passedFd.get(), buffer, static_cast<size_t>(count),
-                               deadline)) {
-            if (errno == ETIMEDOUT) return STATUS_TIMED_OUT;
-            return errno == EPIPE ? STATUS_DEAD_OBJECT : STATUS_UNKNOWN_ERROR;
-        }
+        // What polls writable takes PIPE_BUF bytes without blocking, whether or not the
+        // descriptor, which the caller shares, is in non-blocking mode.
+        pollfd out = {c->dumpOut.get(), POLLOUT, 0};
+        const int ready = TEMP_FAILURE_RETRY(poll(&out, 1, 0));
+        if (ready < 0) return finishDump(c, STATUS_UNKNOWN_ERROR);
+        if (ready == 0) return true;
+        uint8_t buffer[PIPE_BUF];
+        const ssize_t count =
+            TEMP_FAILURE_RETRY(pread(c->dumpText.get(), buffer, sizeof(buffer), c->dumpCopied));
+        if (count < 0) return finishDump(c, STATUS_UNKNOWN_ERROR);
+        if (count == 0) return finishDump(c, c->dumpStatus);
+        const ssize_t written =
+            TEMP_FAILURE_RETRY(write(c->dumpOut.get(), buffer, static_cast<size_t>(count)));
+        if (written < 0 && errno == EAGAIN) return true;
+        if (written < 0 && errno == EPIPE) return finishDump(c, STATUS_DEAD_OBJECT);
+        if (written <= 0) return finishDump(c, STATUS_UNKNOWN_ERROR);
+        c->dumpCopied += written;
     }
+}
+
+bool Server::finishDump(Source* c, binder_status_t status) {
+    if (c->dumpOutArmed) epoll_ctl(mEpoll.get(), EPOLL_CTL_DEL, c->dumpOut.get(), nullptr);
+    c->dumpOutArmed = false;
+    c->dumpOut.reset();
+    c->dumpText.reset();
+    c->dumping = false;
+    if (c->dumpOneway) return true;
+    const FrameHeader response = {kReplyMagic, static_cast<uint32_t>(status), 0, 0};
+    return sendReply(c, response, nullptr, 0, false);
 }
 
 }  // namespace
@@ -657,7 +858,7 @@ void setMaxConcurrentTransactions(uint32_t count) {
 }
 
 bool callerAllowed(uid_t uid) {
-    if (uid == 0 || uid == geteuid()) return true;
+    if (privilegedUid(uid)) return true;
     CallerPolicy& policy = callerPolicy();
     std::lock_guard<std::mutex> lock(policy.mutex);
     return std::any_of(policy.ranges.begin(), policy.ranges.end(), [uid](const auto& range) {

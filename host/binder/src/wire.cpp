@@ -1,7 +1,6 @@
 #include "wire.h"
 
 #include <errno.h>
-#include <limits.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -146,20 +145,6 @@ ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payl
     }
     errno = EIO;
     return ReadResult::kFailed;
-}
-
-bool writeWithDeadline(int fd, const uint8_t* data, size_t size, Deadline deadline) {
-    while (size > 0) {
-        if (!waitReady(fd, POLLOUT, deadline)) return false;
-        // Up to PIPE_BUF bytes fit in a pipe or socket that polls writable, so this never
-        // blocks, whether or not the descriptor is in non-blocking mode.
-        ssize_t written = TEMP_FAILURE_RETRY(write(fd, data, std::min(size, size_t{PIPE_BUF})));
-        if (written < 0 && errno == EAGAIN) continue;
-        if (written <= 0) return false;
-        data += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
 }
 
 android::base::unique_fd connectToSocket(const std::string& path) {

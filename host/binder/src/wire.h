@@ -74,11 +74,6 @@ ReadResult readExact(int socket, void* data, size_t size);
 // EPROTO, and a reply cut short with EIO.
 ReadResult readReply(int socket, FrameHeader* header, std::vector<uint8_t>* payload);
 
-// Writes all of data to fd, which may be any kind of file the caller handed over, in pieces
-// small enough never to block once poll reports room. Gives up at the deadline. Never raises
-// SIGPIPE.
-bool writeWithDeadline(int fd, const uint8_t* data, size_t size, Deadline deadline);
-
 // Connects a blocking stream socket to path; returns an invalid fd with errno set on failure.
 android::base::unique_fd connectToSocket(const std::string& path);
 
