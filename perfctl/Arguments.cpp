@@ -25,6 +25,30 @@ bool ParseDecimal(std::string_view word, T* value) {
     return true;
 }
 
+// Strict UTF-8: no overlong forms, no surrogates, nothing past U+10FFFF. A String travels as
+// UTF-16, and a word that does not decode has no UTF-16 form to send.
+bool IsUtf8(std::string_view word) {
+    for (size_t i = 0; i < word.size();) {
+        const auto lead = static_cast<unsigned char>(word[i]);
+        const size_t length = lead < 0x80                   ? 1
+                              : lead >= 0xc2 && lead < 0xe0 ? 2
+                              : lead >= 0xe0 && lead < 0xf0 ? 3
+                              : lead >= 0xf0 && lead < 0xf5 ? 4
+                                                            : 0;
+        if (length == 0 || word.size() - i < length) return false;
+        char32_t c = length == 1 ? lead : lead & (0x7f >> length);
+        for (size_t k = 1; k < length; ++k) {
+            const auto next = static_cast<unsigned char>(word[i + k]);
+            if ((next & 0xc0) != 0x80) return false;
+            c = (c << 6) | (next & 0x3f);
+        }
+        constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (c < kSmallest[length] || c > 0x10ffff || (c >= 0xd800 && c < 0xe000)) return false;
+        i += length;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool ParseInt32(std::string_view word, int32_t* value) {
@@ -65,7 +89,8 @@ bool ParseIntArray(std::string_view word, std::vector<int32_t>* values) {
 std::optional<Value> ParseArgument(ArgType type, std::string_view word) {
     switch (type) {
         case ArgType::kString:
-            return Value(std::string(word));
+            if (IsUtf8(word)) return Value(std::string(word));
+            break;
         case ArgType::kInt: {
             int32_t value;
             if (ParseInt32(word, &value)) return Value(value);

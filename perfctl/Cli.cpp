@@ -128,10 +128,14 @@ int Call(const std::string& instance, const Operation& op, const std::vector<std
     for (size_t i = 0; i < words.size(); ++i) {
         std::optional<Value> value = ParseArgument(op.args[i], words[i]);
         if (!value) {
+            const std::string argument =
+                std::string(op.name) + ": argument " + std::to_string(i + 1);
+            // Bytes that are not UTF-8 are not echoed back to the terminal.
             return UsageError(err,
-                              std::string(op.name) + ": argument " + std::to_string(i + 1) +
-                                  " is not " + WithArticle(ArgTypeName(op.args[i])) + ": \"" +
-                                  words[i] + "\"",
+                              op.args[i] == ArgType::kString
+                                  ? argument + " is not valid UTF-8"
+                                  : argument + " is not " + WithArticle(ArgTypeName(op.args[i])) +
+                                        ": \"" + words[i] + "\"",
                               op);
         }
         values.push_back(std::move(*value));

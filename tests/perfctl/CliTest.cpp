@@ -157,6 +157,8 @@ TEST_F(CliTest, CommandLinesGiveTheirStatusResultAndMessage) {
                  "writeKmallocDebugCreate int -> int"),
         UsageRow({"addAcmDirName", "d", "12x"}, "addAcmDirName: argument 2 is not a long: \"12x\"",
                  addAcmDirName),
+        UsageRow({"addAcmDirName", "\xff", "1"}, "addAcmDirName: argument 1 is not valid UTF-8",
+                 addAcmDirName),
         UsageRow({"setFreqGoverner", "g", "1,,2"},
                  "setFreqGoverner: argument 2 is not an int[]: \"1,,2\"",
                  "setFreqGoverner String int[] -> int"),

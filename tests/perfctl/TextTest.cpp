@@ -45,8 +45,11 @@ TEST(ArgumentsTest, EachTypeTakesItsSpellingOnly) {
                 {"TRUE", "yes", "", "01"});
     Check<std::vector<int32_t>>(ArgType::kIntArray, {"", "7", "0,4,-7"}, {{}, {7}, {0, 4, -7}},
                                 {",", "1,", ",1", "1, 2", "1,2147483648"});
-    // A string takes any word as it is.
-    Check<std::string>(ArgType::kString, {"", " a,b "}, {"", " a,b "}, {});
+    // A string takes any UTF-8 word as it is; bytes with no UTF-16 form are turned down:
+    // a stray byte, an overlong NUL, a surrogate, a cut sequence, a code point past U+10FFFF.
+    Check<std::string>(ArgType::kString, {"", " a,b ", "\xc3\xa9\xf0\x9f\x99\x82"},
+                       {"", " a,b ", "\xc3\xa9\xf0\x9f\x99\x82"},
+                       {"\xff", "\xc0\x80", "\xed\xa0\x80", "a\xe2\x82", "\xf4\x90\x80\x80"});
 }
 
 template <typename T>
