@@ -104,7 +104,7 @@ std::string DeviceInfo::readVyrenReserve3(int32_t offset, int32_t count) const {
         static_cast<char*>(calloc(static_cast<size_t>(count) + 1, 1)));
     if (buffer == nullptr) return "";
 
-    android::base::unique_fd fd(open(mNodes.path(reservePartition()).c_str(), O_RDONLY | O_CLOEXEC));
+    android::base::unique_fd fd(mNodes.open(reservePartition(), O_RDONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
         ALOGD("open %s failed! err:%s", reservePartition(), strerror(err));
@@ -126,7 +126,7 @@ int32_t DeviceInfo::writeVyrenReserve3(int32_t offset, int32_t count,
     // A negative count is refused with nothing opened.
     if (count < 0) return -1;
 
-    android::base::unique_fd fd(open(mNodes.path(reservePartition()).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(mNodes.open(reservePartition(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
         ALOGD("open %s failed! err:%s", reservePartition(), strerror(err));

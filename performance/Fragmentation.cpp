@@ -86,11 +86,11 @@ std::string Fragmentation::GetDevName(const std::string& directory) const {
 }
 
 std::string Fragmentation::getExt4FreefragInfo(const std::string& device) const {
-    return mNodes.readNode((kExt4Dir + device + kFreeFrag).c_str(), kExt4ReportSize);
+    return mNodes.readNode((kExt4Dir + Component(device) + kFreeFrag).c_str(), kExt4ReportSize);
 }
 
 std::string Fragmentation::getExt4FragScore(const std::string& device) const {
-    return mNodes.readNode((kExt4Dir + device + kFragScore).c_str(), kExt4ReportSize);
+    return mNodes.readNode((kExt4Dir + Component(device) + kFragScore).c_str(), kExt4ReportSize);
 }
 
 std::string Fragmentation::getF2fsMovedBlks() const {

@@ -9,6 +9,7 @@
 #include <log/log.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -30,7 +31,28 @@ struct DirCloser {
     void operator()(DIR* d) const { closedir(d); }
 };
 
+// Whether every component of the node path, but a last empty one, is a plain name.
+bool NamesANode(std::string_view node) {
+    if (node.empty() || node.front() != '/') return false;
+    for (size_t start = 1; start < node.size();) {
+        const size_t end = std::min(node.find('/', start), node.size());
+        const std::string_view part = node.substr(start, end - start);
+        if (part.empty() || part == "." || part == "..") return false;
+        start = end + 1;
+    }
+    return true;
+}
+
 }  // namespace
+
+bool IsPathComponent(std::string_view text) {
+    return !text.empty() && text != "." && text != ".." &&
+           text.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+std::string Component(std::string_view text) {
+    return IsPathComponent(text) ? std::string(text) : ".";
+}
 
 void LogOpenFailure(const char* path, int err) {
     ALOGE("Failed to open %s (%d): %s", path, err, strerror(err));
@@ -55,6 +77,14 @@ std::string KernelNodes::path(std::string_view node) const {
     return resolved;
 }
 
+int KernelNodes::open(const char* node, int flags, mode_t mode) const {
+    if (!NamesANode(node)) {
+        errno = EINVAL;
+        return -1;
+    }
+    return ::open(path(node).c_str(), flags, mode);
+}
+
 bool KernelNodes::newTree() const {
     return mVersion.major > 5 || (mVersion.major == 5 && mVersion.minor >= 10);
 }
@@ -73,7 +103,7 @@ NodeFailureLog KernelNodes::openFailureOnKernel() const {
 int KernelNodes::readInterface(const char* path, int offset, void* buf, int size) const {
     if (offset < 0 || buf == nullptr || size < 1) return -1;
 
-    android::base::unique_fd fd(open(this->path(path).c_str(), O_RDONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(path, O_RDONLY | O_CLOEXEC));
     if (fd < 0) {
         ALOGD("open %s failed! err:%s, Linux version %d.%d.%d", path, strerror(errno),
               mVersion.major, mVersion.minor, mVersion.patch);
@@ -150,7 +180,7 @@ std::string KernelNodes::readNode(const ReportNode& report) const {
 bool KernelNodes::forEachLine(const char* path, LineOpen mode,
                               const std::function<void(std::string_view)>& onLine) const {
     const int flags = (mode == LineOpen::kRead ? O_RDONLY : O_RDWR) | O_CLOEXEC;
-    android::base::unique_fd fd(open(this->path(path).c_str(), flags));
+    android::base::unique_fd fd(open(path, flags));
     if (fd < 0) return false;
     char chunk[kLineChunk];
     // Holds the start of a line that continues past the chunk just read.
@@ -189,7 +219,7 @@ std::string KernelNodes::readWholeNode(const char* path, const WholeNodeRead& ho
 
 bool KernelNodes::readFirstLine(const char* path, LineOpen mode, std::string* line) const {
     const int flags = (mode == LineOpen::kRead ? O_RDONLY : O_RDWR) | O_CLOEXEC;
-    android::base::unique_fd fd(open(this->path(path).c_str(), flags));
+    android::base::unique_fd fd(open(path, flags));
     if (fd < 0) return false;
     line->clear();
     // Reads no further than the first newline: a node whose writer keeps it open never ends.
@@ -217,7 +247,7 @@ std::string KernelNodes::readNode(const char* path, size_t size, const char* fal
 }
 
 bool KernelNodes::readSmallNode(const std::string& path, std::string* out, size_t size) const {
-    android::base::unique_fd fd(open(this->path(path).c_str(), O_RDONLY | O_CLOEXEC));
+    android::base::unique_fd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (fd < 0) return false;
     std::vector<char> buffer(size, '\0');
     // One read only: a longer node is cut at size - 1 bytes, the last byte being the terminator.
@@ -247,14 +277,19 @@ WriteOutcome KernelNodes::writeText(const char* path, std::string_view text, Wri
         return WriteOutcome{step, err};
     };
     if (open == WriteOpen::kStream) {
-        std::unique_ptr<FILE, FileCloser> node(fopen(this->path(path).c_str(), "we"));
+        // A "w" stream: write-only, created and truncated, as fopen opens it.
+        android::base::unique_fd fd(
+            this->open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+        std::unique_ptr<FILE, FileCloser> node(fd < 0 ? nullptr : fdopen(fd.get(), "w"));
+        // The stream owns the descriptor from here.
+        if (node != nullptr) [[maybe_unused]] const int owned = fd.release();
         if (node == nullptr) return failed(WriteOutcome::Failed::kOpen, onOpenFailure);
         if (fwrite(text.data(), 1, text.size(), node.get()) < text.size()) {
             return failed(WriteOutcome::Failed::kWrite, onWriteFailure);
         }
         return {WriteOutcome::Failed::kNothing, 0};
     }
-    android::base::unique_fd fd(::open(this->path(path).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(this->open(path, O_WRONLY | O_CLOEXEC));
     if (fd < 0) return failed(WriteOutcome::Failed::kOpen, onOpenFailure);
     // A write of nothing leaves errno alone; start from 0 so its report is not stale.
     errno = 0;
@@ -267,7 +302,10 @@ WriteOutcome KernelNodes::writeText(const char* path, std::string_view text, Wri
 
 bool KernelNodes::forEachEntry(const char* path,
                                const std::function<bool(const dirent&)>& onEntry) const {
-    std::unique_ptr<DIR, DirCloser> dir(opendir(this->path(path).c_str()));
+    android::base::unique_fd fd(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::unique_ptr<DIR, DirCloser> dir(fd < 0 ? nullptr : fdopendir(fd.get()));
+    // The directory stream owns the descriptor from here.
+    if (dir != nullptr) [[maybe_unused]] const int owned = fd.release();
     if (dir == nullptr) return false;
     for (const dirent* entry; (entry = readdir(dir.get())) != nullptr;) {
         if (!onEntry(*entry)) break;

@@ -107,6 +107,9 @@ class KernelNodes {
 
     // Where a kernel node lives in this service's view of the file system.
     std::string path(std::string_view node) const;
+    // open(2) of a node. A node path with a "." or ".." component, or an empty one before its end,
+    // names no node: it fails with EINVAL, so that no path leaves the node tree it names.
+    int open(const char* node, int flags, mode_t mode = 0) const;
     // Kernel 5.10 and later (the patch number plays no part) publish the vendor memory nodes in
     // their newer tree.
     bool newTree() const;
@@ -182,6 +185,13 @@ class KernelNodes {
     KernelVersion mVersion;
     std::shared_ptr<const NodeWriter> mWriter;
 };
+
+// Whether caller text can stand as exactly one component of a node path: not empty, not "." or
+// "..", with no "/" and no NUL byte. No real pid, tid, device or cgroup name fails this.
+bool IsPathComponent(std::string_view text);
+// The text when it is one path component, else "." in its place, which no open accepts (EINVAL):
+// the operation then answers as for a node it cannot open, and the refused text is not echoed.
+std::string Component(std::string_view text);
 
 // Splits str at any of the characters of delim and appends the non-empty tokens to out.
 void splitString(const char* str, const char* delim, std::vector<std::string>* out);

@@ -35,7 +35,7 @@ int32_t MemoryMonitor::existMemMonitor() const {
     // Probes with the truncating open a writer would use, so a monitor the service may only read
     // counts as absent.
     android::base::unique_fd probe(
-        open(mNodes.path(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+        mNodes.open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (probe < 0) {
         const int err = errno;
         ALOGE("Failed to enable %s (%d): %s", path, err, strerror(err));

@@ -122,7 +122,7 @@ int32_t SwapTuning::writeNandswapProc(const std::string& name, const std::string
     }
     const std::string path = std::string(kNandswapDir).append(*known);
     // Read-write without truncation, as the control files expect; a refused write goes unnoticed.
-    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_RDWR | O_CLOEXEC));
+    android::base::unique_fd fd(mNodes.open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (fd < 0) {
         ALOGE("nandswap: open %s fail", path.c_str());
         return -22;
@@ -164,7 +164,7 @@ void SwapTuning::get_memcg_para_file(int32_t action, const std::string& cgroup,
     } else if (cgroup == "apps" || cgroup == "system") {
         *path = std::string(kLegacyMemcgDir) + cgroup + "/" + name;
     } else if (isApplicationCgroup(cgroup)) {
-        *path = std::string(kLegacyMemcgDir) + "apps/uid_" + cgroup + "/" + name;
+        *path = std::string(kLegacyMemcgDir) + "apps/" + Component("uid_" + cgroup) + "/" + name;
     }
 }
 
@@ -177,7 +177,7 @@ void SwapTuning::get_memcg_para_file_dfl(int32_t action, const std::string& cgro
     } else if (cgroup == "apps" || cgroup == "system") {
         // The unified hierarchy has no such groups.
     } else if (isApplicationCgroup(cgroup)) {
-        *path = std::string(kUnifiedAppDir) + cgroup + "/" + name;
+        *path = std::string(kUnifiedAppDir) + Component(cgroup) + "/" + name;
     }
 }
 
@@ -187,7 +187,7 @@ int SwapTuning::hybridswapWrite(int32_t action, const std::string& path,
         ALOGE("action %d, can not find file node", action);
         return -1;
     }
-    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(mNodes.open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         ALOGE("open file %s failed, %s", path.c_str(), strerror(errno));
         return -1;

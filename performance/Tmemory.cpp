@@ -51,7 +51,7 @@ void Tmemory::writeTmemoryNode(const std::string& node, const char* buf, int cou
         return;
     }
     const std::string path = kTmemoryRoot + dir + node;
-    android::base::unique_fd fd(open(mNodes.path(path).c_str(), O_WRONLY | O_CLOEXEC));
+    android::base::unique_fd fd(mNodes.open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (fd < 0) {
         const int err = errno;
         // The trailing blank is matched by log readers as it stands.

@@ -97,7 +97,8 @@ int32_t UxWaker::writeUxState(const std::string& value, const std::string& pid,
     // Refused without a word, as not permitted.
     if (mNodes.version().major >= 6 && !callerAllowed()) return -EPERM;
     const bool shared = mNodes.newTree();
-    const std::string target = shared ? kUxTask : "/proc/" + pid + "/task/" + tid + "/ux_state";
+    const std::string target =
+        shared ? kUxTask : "/proc/" + Component(pid) + "/task/" + Component(tid) + "/ux_state";
     const std::string text = shared ? "p " + tid + " " + value : value;
     const WriteOutcome outcome = mNodes.writeText(target.c_str(), text, WriteOpen::kDescriptor,
                                                   mNodes.openFailureOnKernel());

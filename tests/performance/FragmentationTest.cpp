@@ -9,11 +9,22 @@
 namespace aidl::vendor::vyren::hardware::performance {
 namespace {
 
-using testing::OperationRow, testing::reportRow, testing::same;
+using testing::OperationRow, testing::reportRow, testing::same, testing::unreached;
 
+// A device that is not one path component names no node; the node it would reach is untouched.
+const testing::Outcome kNoDevice = {
+    "",
+    {testing::Debug("open /proc/fs/ext4/./frag_score failed! "
+                    "err:Invalid argument, Linux version {version}")}};
 const OperationRow kRows[] = {
     reportRow(OP(getExt4FreefragInfo, "sda1"), same("/proc/fs/ext4/sda1/free_frag"), 4096),
-    reportRow(OP(getExt4FragScore, "sda1"), same("/proc/fs/ext4/sda1/frag_score"), 4096)};
+    reportRow(OP(getExt4FragScore, "sda1"), same("/proc/fs/ext4/sda1/frag_score"), 4096),
+    unreached("climbing", testing::call(&Performance::getExt4FragScore, "../../../x"),
+              "/x/frag_score", kNoDevice),
+    unreached("empty", testing::call(&Performance::getExt4FragScore, ""),
+              "/proc/fs/ext4/frag_score", kNoDevice),
+    unreached("nul", testing::call(&Performance::getExt4FragScore, std::string("x\0", 2)),
+              "/proc/fs/ext4/x", kNoDevice)};
 INSTANTIATE_OPERATION_ROWS(Fragmentation, kRows);
 
 TEST_F(NodeRootTest, F2fsDeviceIsTheLastOfTheBusiestInDirectoryOrder) {

@@ -114,6 +114,16 @@ TEST_F(ReadFileToStringTTest, ReadsOnceAndCutsAt1023Bytes) {
     }
 }
 
+// Whatever its components, a node path never leaves the tree it names.
+TEST_F(NodeRootTest, NodePathsThatClimbOrSkipNameNoNode) {
+    writeNode("/proc/x", "inside");
+    for (const char* node : {"/proc/../proc/x", "/proc/./x", "/proc//x", "proc/x"}) {
+        EXPECT_EQ(nodes().open(node, O_RDONLY), -1) << node;
+        EXPECT_EQ(errno, EINVAL) << node;
+    }
+    EXPECT_EQ(nodes().readNode("/proc/x", 8), "inside");
+}
+
 TEST(SplitStringTest, SkipsEmptyTokensAndAppends) {
     std::vector<std::string> out = {"kept"};
     splitString(";1 2;;3 ", "; ", &out);

@@ -79,6 +79,10 @@ const OperationRow kHybridswapRows[] = {
               "/dev/memcg/apps/memory.name", invalid("Invalid action 9 memcg apps!!", 9)),
     unreached("memcg_write_empty_cgroup", call(&P::hybridswap_memcg_para_write, 0, "", "v"),
               "/dev/memcg/memory.name", {"-1", {Error("cgroup is empty"), kNoFileNode.logs[0]}}),
+    // A cgroup that climbs out of its directory names no node, though its number reads as an app's.
+    unreached("memcg_write_climbing", call(&P::hybridswap_memcg_para_write, 0, "10123/../../../x",
+              "v"), "/dev/x/memory.name", {"-1", {Error("open file /dev/memcg/apps/./memory.name "
+              "failed, Invalid argument")}}),
 };
 // clang-format on
 INSTANTIATE_OPERATION_ROWS(Hybridswap, kHybridswapRows);

@@ -37,6 +37,11 @@ const testing::OperationRow kRows[] = {
     row(OP(writeUxState, "2", "1000", "1001")).on(Kernels::kOlder).holding("0").leaves("2")
         .at("/proc/1000/task/1001/ux_state").whenPresent({"0", {}}).whenAbsent({"-2", {kNoNode}})
         .whenRefused({"-28", {Error("Failed to write pid 1001 with ux_state 2" + kFull)}}),
+    // A tid that is not one path component names no node; the node it would reach is untouched.
+    testing::unreached("writeUxState_climbing", testing::call(&Performance::writeUxState, "2",
+                       "1000", "../../../x"), "/x/ux_state", {"-22", {Error("Failed to open "
+                       "/proc/1000/task/./ux_state (22): Invalid argument, Linux version "
+                       "{version}")}}, Kernels::kOlder),
     row(OP(setWakeSeedThread, "1234", true, false)).at(kRtInfo).on(Kernels::kNewer).holding("0")
         .leaves("1234;0;1").whenAbsent({"-2", {kNoNode}})
         .whenPresent({"1234", {Error("[WAKER_IDENTIFY] pid message 1234;0;1 is writen to proc")}})
